@@ -1,0 +1,41 @@
+// What every command shares: the global options and the loader they open.
+#ifndef KWX_CLI_CONTEXT_H_
+#define KWX_CLI_CONTEXT_H_
+
+#include <iosfwd>
+#include <stdexcept>
+#include <string>
+
+namespace kwx::cli {
+
+// A failure a command reports to the user as one line; `exit_code` 1 for a failure of the
+// work, 2 for bad usage.
+class CommandError : public std::runtime_error {
+ public:
+  CommandError(std::string message, int exit_code = 1)
+      : std::runtime_error(std::move(message)), exit_code_(exit_code) {}
+  int exit_code() const noexcept { return exit_code_; }
+
+ private:
+  int exit_code_;
+};
+
+struct GlobalOptions {
+  // The database file: --db, else the environment variable KWX_DB, else "studies.db".
+  std::string db_path;
+  // "plain" or "sp".
+  std::string platform = "plain";
+  // --trace-sql: the statement trace file, empty for none.
+  std::string trace_sql;
+};
+
+struct Context {
+  GlobalOptions options;
+  std::istream* in = nullptr;
+  std::ostream* out = nullptr;
+  std::ostream* err = nullptr;
+};
+
+}  // namespace kwx::cli
+
+#endif  // KWX_CLI_CONTEXT_H_
