@@ -1,0 +1,206 @@
+#include "automation/text.h"
+
+#include <algorithm>
+#include <array>
+
+#include "automation/errors.h"
+
+namespace kwx {
+
+namespace {
+
+// One decoded character: its code point and the number of bytes it took. A byte that does not
+// start a well-formed sequence decodes as itself with length 1 and `valid` false, so counting
+// and slicing never stall on damaged text.
+struct Decoded {
+  uint32_t code;
+  size_t length;
+  bool valid;
+};
+
+Decoded DecodeAt(std::string_view s, size_t i) {
+  const auto b0 = static_cast<unsigned char>(s[i]);
+  if (b0 < 0x80) return {b0, 1, true};
+  size_t length;
+  uint32_t code;
+  uint32_t min;
+  if (b0 >= 0xC2 && b0 <= 0xDF) {
+    length = 2, code = b0 & 0x1F, min = 0x80;
+  } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+    length = 3, code = b0 & 0x0F, min = 0x800;
+  } else if (b0 >= 0xF0 && b0 <= 0xF4) {
+    length = 4, code = b0 & 0x07, min = 0x10000;
+  } else {
+    return {b0, 1, false};
+  }
+  if (i + length > s.size()) return {b0, 1, false};
+  for (size_t k = 1; k < length; ++k) {
+    const auto b = static_cast<unsigned char>(s[i + k]);
+    if ((b & 0xC0) != 0x80) return {b0, 1, false};
+    code = (code << 6) | (b & 0x3F);
+  }
+  // Overlong forms, UTF-16 surrogates and codes past U+10FFFF are not characters.
+  if (code < min || (code >= 0xD800 && code <= 0xDFFF) || code > 0x10FFFF) {
+    return {b0, 1, false};
+  }
+  return {code, length, true};
+}
+
+void AppendUtf8(uint32_t code, std::string& out) {
+  if (code < 0x80) {
+    out.push_back(static_cast<char>(code));
+  } else if (code < 0x800) {
+    out.push_back(static_cast<char>(0xC0 | (code >> 6)));
+    out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+  } else if (code < 0x10000) {
+    out.push_back(static_cast<char>(0xE0 | (code >> 12)));
+    out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+  } else {
+    out.push_back(static_cast<char>(0xF0 | (code >> 18)));
+    out.push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+  }
+}
+
+// Bytes 0x80 to 0x9F of Windows-1252. The five bytes the code page leaves undefined (0x81,
+// 0x8D, 0x8F, 0x90, 0x9D) map to the control characters of the same number, so that every
+// byte survives a round trip through UTF-8.
+constexpr std::array<uint16_t, 32> kWindows1252High = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,  // 80-87
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,  // 88-8F
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,  // 90-97
+    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 98-9F
+};
+
+// Lower case of the letters the comparison folds: A-Z and the Latin-1 capitals U+00C0 to
+// U+00DE except the multiplication sign U+00D7.
+uint32_t FoldCode(uint32_t code) {
+  if (code >= 'A' && code <= 'Z') return code + 0x20;
+  if (code >= 0xC0 && code <= 0xDE && code != 0xD7) return code + 0x20;
+  return code;
+}
+
+}  // namespace
+
+std::string ChrW(uint32_t code) {
+  if (code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+    throw AutomationError(err::kInvalidCall);
+  }
+  std::string out;
+  AppendUtf8(code, out);
+  return out;
+}
+
+uint32_t AscW(std::string_view text) {
+  if (text.empty()) return 0;
+  return DecodeAt(text, 0).code;
+}
+
+size_t Len(std::string_view text) {
+  size_t count = 0;
+  for (size_t i = 0; i < text.size(); i += DecodeAt(text, i).length) ++count;
+  return count;
+}
+
+std::string Mid(std::string_view text, size_t start, size_t length) {
+  if (start < 1) throw AutomationError(err::kInvalidCall);
+  size_t i = 0;
+  for (size_t skipped = 1; skipped < start && i < text.size(); ++skipped) {
+    i += DecodeAt(text, i).length;
+  }
+  size_t end = i;
+  for (size_t taken = 0; taken < length && end < text.size(); ++taken) {
+    end += DecodeAt(text, end).length;
+  }
+  return std::string(text.substr(i, end - i));
+}
+
+std::string Trim(std::string_view text) {
+  const size_t first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return std::string();
+  const size_t last = text.find_last_not_of(' ');
+  return std::string(text.substr(first, last - first + 1));
+}
+
+std::string FoldCase(std::string_view text) {
+  // Folding keeps every character's byte length (A-Z stay one byte, U+00C0-U+00DE and their
+  // lower cases are all two), so byte offsets in the folded text match the original.
+  std::string out;
+  out.reserve(text.size());
+  for (size_t i = 0; i < text.size();) {
+    const Decoded d = DecodeAt(text, i);
+    if (d.valid) {
+      AppendUtf8(FoldCode(d.code), out);
+    } else {
+      out.push_back(text[i]);
+    }
+    i += d.length;
+  }
+  return out;
+}
+
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && FoldCase(a) == FoldCase(b);
+}
+
+int CompareNoCase(std::string_view a, std::string_view b) {
+  // Byte order of UTF-8 is code point order.
+  const int c = FoldCase(a).compare(FoldCase(b));
+  return (c > 0) - (c < 0);
+}
+
+size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t from) {
+  if (from > haystack.size()) return std::string::npos;
+  const std::string h = FoldCase(haystack);
+  const std::string n = FoldCase(needle);
+  for (size_t at = h.find(n, from); at != std::string::npos; at = h.find(n, at + 1)) {
+    // A match must begin on a character, not inside one.
+    if (at == h.size() || (static_cast<unsigned char>(h[at]) & 0xC0) != 0x80) return at;
+  }
+  return std::string::npos;
+}
+
+bool IsValidUtf8(std::string_view bytes) {
+  for (size_t i = 0; i < bytes.size();) {
+    const Decoded d = DecodeAt(bytes, i);
+    if (!d.valid) return false;
+    i += d.length;
+  }
+  return true;
+}
+
+std::string Windows1252ToUtf8(std::string_view bytes) {
+  std::string out;
+  out.reserve(bytes.size());
+  for (const char c : bytes) {
+    const auto b = static_cast<unsigned char>(c);
+    if (b >= 0x80 && b <= 0x9F) {
+      AppendUtf8(kWindows1252High[b - 0x80], out);
+    } else {
+      AppendUtf8(b, out);
+    }
+  }
+  return out;
+}
+
+bool Utf8ToWindows1252(std::string_view text, std::string& out) {
+  out.clear();
+  out.reserve(text.size());
+  for (size_t i = 0; i < text.size();) {
+    const Decoded d = DecodeAt(text, i);
+    if (!d.valid) return false;
+    i += d.length;
+    if (d.code < 0x80 || (d.code >= 0xA0 && d.code <= 0xFF)) {
+      out.push_back(static_cast<char>(d.code));
+      continue;
+    }
+    const auto* hit = std::find(kWindows1252High.begin(), kWindows1252High.end(), d.code);
+    if (hit == kWindows1252High.end()) return false;
+    out.push_back(static_cast<char>(0x80 + (hit - kWindows1252High.begin())));
+  }
+  return true;
+}
+
+}  // namespace kwx
