@@ -57,9 +57,7 @@ bool IsBelowZero(const Variant& v) {
 }
 
 // Byte length of the character starting at byte `at`, counted the way Len and Mid count.
-size_t CharBytesAt(std::string_view text, size_t at) {
-  return Mid(text.substr(at), 1, 1).size();
-}
+size_t CharBytesAt(std::string_view text, size_t at) { return Mid(text.substr(at), 1, 1).size(); }
 
 // Cuts `text` at each `delimiter` the way the splitting routines do: the search restarts one
 // character past where the delimiter began, and cutting stops once a position no longer fits
@@ -82,7 +80,15 @@ size_t CutPieces(std::string_view delimiter, std::string_view text, OnPiece&& pi
 
 Variant ConvertPiece(std::string_view piece, int32_t type_code) {
   switch (type_code) {
-    case 2: case 3: case 4: case 5: case 6: case 7: case 11: case 14: case 17:
+    case 2:
+    case 3:
+    case 4:
+    case 5:
+    case 6:
+    case 7:
+    case 11:
+    case 14:
+    case 17:
       return ConvertTo(Variant(piece), static_cast<VarType>(type_code));
     default:
       return Variant(piece);
@@ -173,9 +179,8 @@ void ReplaceText(std::string& text, std::string_view search, std::string_view re
 Variant SplitText(std::string_view delimiter, std::string_view text) {
   if (delimiter.empty() || text.empty()) return Variant();
   std::vector<Variant> pieces;
-  const size_t rest = CutPieces(delimiter, text, [&](std::string_view piece) {
-    pieces.emplace_back(std::string(piece));
-  });
+  const size_t rest = CutPieces(
+      delimiter, text, [&](std::string_view piece) { pieces.emplace_back(std::string(piece)); });
   // A text ending in the delimiter leaves an empty last piece; only that one is dropped.
   if (rest < text.size()) pieces.emplace_back(std::string(text.substr(rest)));
   return Variant(SafeArray::FromValues(std::move(pieces)));

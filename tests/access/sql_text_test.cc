@@ -1,0 +1,279 @@
+#include "access/sql_text.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "automation/dates.h"
+#include "automation/errors.h"
+#include "automation/safe_array.h"
+#include "automation/text.h"
+
+namespace kwx {
+namespace {
+
+const std::string kY = ChrW(255);
+
+Variant Array(std::vector<Variant> values) { return Variant(SafeArray::FromValues(values)); }
+
+// A database object that records every statement and answers one canned row set.
+class RecordingDatabase : public IDatabase {
+ public:
+  std::vector<std::string> statements;
+  bool answer = true;
+  Variant fields;  // handed back by every blnExecute
+  Variant data;
+
+  bool blnOpenDatabase(std::string&) override { return true; }
+  bool CloseNCompact(std::string&) override { return true; }
+  bool blnExecute(const std::string& sql, Variant& f, Variant& d) override {
+    statements.push_back(sql);
+    f = fields;
+    d = data;
+    return answer;
+  }
+  int32_t lngRowCount() override { return data.IsArray() ? data.AsArray().Count(1) : 0; }
+  void BeginTrans() override {}
+  void CommitTrans() override {}
+  void RollbackTrans() override {}
+};
+
+Variant OneCell(Variant value) {
+  SafeArray m = SafeArray::Matrix(0, 0, 0, 0);
+  m(0, 0) = std::move(value);
+  return Variant(std::move(m));
+}
+
+TEST(SqlText, ValueWritersGiveExactTexts) {
+  struct Case {
+    Variant value;
+    ColumnType type;
+    std::string want;
+  };
+  const Variant flags = Array({true, true, false, true});  // element 0 is not written
+  const std::vector<Case> cases = {
+      {"O'Neil", ColumnType::Text, "'O" + kY + "Neil'"},
+      {"  padded ", ColumnType::Text, "'padded'"},
+      {"say \"hi\"", ColumnType::Text, "'say \"hi\"'"},
+      {"", ColumnType::Text, "''"},
+      {DateSerial(2026, 11, 22), ColumnType::Date, "'11/22/2026'"},
+      {DateSerial(2024, 3, 5), ColumnType::Variant, "'3/5/2024'"},
+      {Variant(), ColumnType::Text, "''"},
+      {Variant::Null(), ColumnType::Variant, "''"},
+      {12.5, ColumnType::Text, "''"},  // the text/date writer takes only text and dates
+      {true, ColumnType::Boolean, "True"},
+      {int16_t{0}, ColumnType::Boolean, "False"},
+      {int16_t{-7}, ColumnType::Integer, "-7"},
+      {2.5, ColumnType::Integer, "2"},
+      {int32_t{123456}, ColumnType::Long, "123456"},
+      {int32_t{42}, ColumnType::Reference, "42"},
+      {1.0f / 3.0f, ColumnType::Single, "0.3333333"},
+      {123456789.0, ColumnType::Single, "1.234568E+08"},
+      {flags, ColumnType::Flags, "'101'"},
+      {Array({true}), ColumnType::Flags, "''"},  // upper bound 0
+      {Variant("101"), ColumnType::Flags, "''"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(SqlValue(c.value, c.type), c.want) << c.value;
+  }
+  EXPECT_EQ(SqlDouble(Variant(0.1)), "0.1");
+  EXPECT_EQ(FlagsText(flags), "101");
+}
+
+TEST(SqlText, ApostrophesRoundTripThroughTheSubstitute) {
+  const std::vector<std::string> texts = {"O'Neil", "''", "it's Bob's", "plain", "caf\xC3\xA9's"};
+  for (const std::string& text : texts) {
+    const std::string sql = SqlText(Variant(text));
+    ASSERT_GE(sql.size(), 2u);
+    const std::string stored = sql.substr(1, sql.size() - 2);
+    EXPECT_EQ(stored.find('\''), std::string::npos) << sql;
+    EXPECT_EQ(TextFromSql(Variant(stored)), text);
+  }
+  // A stored substitute always reads back as an apostrophe, whoever wrote it.
+  EXPECT_EQ(TextFromSql(Variant("a" + kY + "b" + kY)), "a'b'");
+  EXPECT_EQ(TextFromSql(Variant::Null()), "");
+  EXPECT_EQ(TextFromSql(Variant(int32_t{12})), "12");
+}
+
+TEST(SqlText, StatementBuildersKeepTheirBlanks) {
+  const std::vector<std::string> conditions = {"ComparisonID=3", "", "CompanyID=7"};
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {NameOfIdSql("Industry", "Industry", "IndustryCode", 12),
+       "select Industry  from Industry where IndustryCode=12;"},
+      {IdOfNameSql("IndustryID", "Industry", "Industry", QuoteSQLText(" Banks", '\'')),
+       "select IndustryID  from Industry where Industry='Banks'"},
+      {LoadTableSql("Sector"), "select * from Sector"},
+      {DeleteRowsSql("Sector", "SectorID", "4"), "Delete * From Sector Where SectorID=4;"},
+      {UpdateFieldSql("Sector", "Sector", QuoteSQLText("Energy", '\''), "SectorID", "4"),
+       "Update Sector   set Sector='Energy' Where SectorID=4;"},
+      {InsertRowSql("Sector", "Sector", QuoteSQLText("Energy", '\'')),
+       "Insert into Sector(Sector)     select 'Energy';"},
+      {DeleteWhereSql("ComparisonCompany", conditions),
+       "delete * from ComparisonCompany where ComparisonID=3 and CompanyID=7"},
+      {DeleteWhereSql("Company", std::vector<std::string>{}), "delete * from Company"},
+  };
+  for (const auto& [got, want] : cases) EXPECT_EQ(got, want);
+}
+
+TEST(FieldValue, FirstCaseInsensitiveMatchWins) {
+  const Variant fields = Array({"CompanyID", "strName", "STRNAME", "sngCurPrice"});
+  SafeArray rows = SafeArray::Matrix(0, 1, 0, 3);
+  for (int32_t r = 0; r <= 1; ++r) {
+    for (int32_t c = 0; c <= 3; ++c) rows(r, c) = Variant(int32_t{r * 10 + c});
+  }
+  const Variant data(rows);
+  struct Case {
+    std::string name;
+    int32_t row;
+    Variant want;
+  };
+  const std::vector<Case> cases = {
+      {"companyid", 0, int32_t{0}},
+      {"StrName", 1, int32_t{11}},  // two columns of this name: the first one
+      {"SNGCURPRICE", 1, int32_t{13}},
+      {"missing", 0, Variant()},
+      {"", 0, Variant()},
+  };
+  for (const Case& c : cases) {
+    EXPECT_TRUE(FieldValue(c.name, fields, data, c.row).SameAs(c.want)) << c.name;
+  }
+  EXPECT_TRUE(FieldValue("strName", Variant(), data, 0).IsEmpty());
+  try {
+    FieldValue("strName", fields, data, 2);
+    FAIL() << "row 2 read";
+  } catch (const AutomationError& e) {
+    EXPECT_EQ(e.number(), err::kSubscript);
+  }
+}
+
+TEST(LookupIDByName, CacheAnswersWithoutTheDatabase) {
+  RecordingDatabase db;
+  const Variant ids = Array({int32_t{3}, "12abc", 7.5, Variant()});
+  const Variant names = Array({"NYSE", "Nasdaq", "AMEX", Variant()});
+  struct Case {
+    std::string name;
+    int32_t want;
+  };
+  const std::vector<Case> cases = {
+      {"nyse", 3}, {"NASDAQ", 12}, {"amex", 8},  // 7.5 rounds half to even
+      {" NYSE ", 0},                            // not trimmed
+      {"LSE", 0},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(LookupIDByName(c.name, "ExchangeID", "Exchange", "Exchange", ids, names, db),
+              c.want)
+        << c.name;
+  }
+  EXPECT_TRUE(db.statements.empty());
+}
+
+TEST(LookupIDByName, WithoutCacheQueriesTheDatabase) {
+  RecordingDatabase db;
+  db.fields = Array({"SectorID"});
+  db.data = OneCell(Variant(int32_t{9}));
+  EXPECT_EQ(LookupIDByName(" Energy ", "SectorID", "Sector", "Sector", Variant(),
+                           Array({"Energy"}), db),
+            9);
+  ASSERT_EQ(db.statements.size(), 1u);
+  EXPECT_EQ(db.statements[0], "select SectorID  from Sector where Sector='Energy'");
+
+  db.data = Variant();  // no rows
+  EXPECT_EQ(LookupIDByName("x", "SectorID", "Sector", "Sector", Variant(), Variant(), db), 0);
+  db.data = OneCell(Variant::Null());  // an error inside reads as not found
+  EXPECT_EQ(LookupIDByName("x", "SectorID", "Sector", "Sector", Variant(), Variant(), db), 0);
+  db.data = OneCell(Variant(int32_t{9}));
+  db.answer = false;
+  EXPECT_EQ(LookupIDByName("x", "SectorID", "Sector", "Sector", Variant(), Variant(), db), 0);
+}
+
+TEST(LookupNameByID, CacheReadsIdsByTheirLeadingNumber) {
+  RecordingDatabase db;
+  const Variant ids = Array({"12abc", int32_t{4}, "x"});
+  const Variant names = Array({"Banks", "Energy", "Zero"});
+  struct Case {
+    int32_t id;
+    std::string want;
+  };
+  const std::vector<Case> cases = {{12, "Banks"}, {4, "Energy"}, {0, "Zero"}, {5, ""}};
+  for (const Case& c : cases) {
+    EXPECT_EQ(LookupNameByID(c.id, "SectorID", "Sector", "Sector", ids, names, db), c.want)
+        << c.id;
+  }
+  EXPECT_TRUE(db.statements.empty());
+  // A names array shorter than the IDs is an error, which reads as no name.
+  EXPECT_EQ(LookupNameByID(7, "SectorID", "Sector", "Sector", Array({int32_t{1}, int32_t{7}}),
+                           Array({"One"}), db),
+            "");
+}
+
+TEST(LookupNameByID, WithoutCacheQueriesTheDatabase) {
+  RecordingDatabase db;
+  db.fields = Array({"Industry"});
+  db.data = OneCell(Variant("Banks"));
+  EXPECT_EQ(
+      LookupNameByID(12, "IndustryCode", "Industry", "Industry", Array({"12"}), Variant(), db),
+      "Banks");
+  ASSERT_EQ(db.statements.size(), 1u);
+  EXPECT_EQ(db.statements[0], "select Industry  from Industry where IndustryCode=12;");
+
+  db.fields = Variant();  // both arrays are needed
+  EXPECT_EQ(LookupNameByID(12, "IndustryCode", "Industry", "Industry", Variant(), Variant(), db),
+            "");
+  db.fields = Array({"Industry"});
+  db.answer = false;
+  EXPECT_EQ(LookupNameByID(12, "IndustryCode", "Industry", "Industry", Variant(), Variant(), db),
+            "");
+}
+
+TEST(ErrorReport, FourLinesEachEndedByACarriageReturn) {
+  struct Case {
+    ErrorReport report;
+    std::string want;
+  };
+  const std::vector<Case> cases = {
+      {{13, "Type mismatch", "mdlAccess_UpdateCompany", "lngCompanyID: 7"},
+       "Code: 13\rError: Type mismatch\rLocation: mdlAccess_UpdateCompany\r"
+       "Parameter: lngCompanyID: 7\r"},
+      {{9, "Subscript out of range", "m_ParseYearly", ""},
+       "Code: 9\rError: Subscript out of range\rLocation: m_ParseYearly\r"},
+      {{5, "x", "", "strTable: Sector"}, "Code: 5\rError: x\rParameter: strTable: Sector\r"},
+      {{-2147217900, "", "", ""}, "Code: -2147217900\rError: \r"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(c.report.Text(), c.want);
+}
+
+TEST(ErrorReport, BuiltFromCaughtExceptions) {
+  struct Case {
+    std::exception_ptr error;
+    int32_t code;
+    std::string description;
+  };
+  const std::vector<Case> cases = {
+      {std::make_exception_ptr(AutomationError(err::kOverflow)), 6, "Overflow"},
+      {std::make_exception_ptr(AutomationError(3021, "No current record")), 3021,
+       "No current record"},
+      {std::make_exception_ptr(std::runtime_error("disk gone")), 5, "disk gone"},
+      {std::make_exception_ptr(std::bad_alloc()), 7, "Out of memory"},
+      {std::make_exception_ptr(42), 5, "Invalid procedure call or argument"},
+  };
+  for (const Case& c : cases) {
+    const ErrorReport r = ReportFromException(c.error, "Access_Update", "lngCompanyID: 1");
+    EXPECT_EQ(r.code, c.code);
+    EXPECT_EQ(r.description, c.description);
+    EXPECT_EQ(r.location, "Access_Update");
+    EXPECT_EQ(r.parameter, "lngCompanyID: 1");
+  }
+  ErrorCollector sink;
+  try {
+    throw AutomationError(err::kTypeMismatch);
+  } catch (...) {
+    sink.Report(ReportFromException(std::current_exception(), "m_ParseCompany"));
+  }
+  ASSERT_EQ(sink.reports().size(), 1u);
+  EXPECT_EQ(sink.reports()[0].Text(), "Code: 13\rError: Type mismatch\rLocation: m_ParseCompany\r");
+}
+
+}  // namespace
+}  // namespace kwx
