@@ -1,0 +1,19 @@
+#include "services/builtin_services.h"
+
+#include <memory>
+
+#include "automation/registry.h"
+#include "automation/services.h"
+#include "services/sqlite_database.h"
+
+namespace kwx {
+
+void RegisterBuiltinServices() {
+  ObjectRegistry& registry = ObjectRegistry::Instance();
+  // Both platform builds use the same database object: the schema serves both.
+  for (const char* prog_id : {progid::kDatabase, progid::kDatabaseSP}) {
+    registry.RegisterIfAbsent(prog_id, [] { return std::make_shared<SqliteDatabase>(); });
+  }
+}
+
+}  // namespace kwx

@@ -1,0 +1,114 @@
+#include "services/schema_ddl_internal.h"
+
+#include "model/schema.h"
+
+namespace kwx {
+namespace {
+
+constexpr std::string_view kCompanyKey = "CompanyID";
+
+std::string Quoted(std::string_view name) {
+  std::string out;
+  out.reserve(name.size() + 2);
+  out += '"';
+  out += name;
+  out += '"';
+  return out;
+}
+
+// The table whose rows a column named `column` of `owner` refers to, or nullptr.
+const TableDef* ReferredTable(const TableDef& owner, const ColumnDef& column,
+                              std::span<const TableDef> tables) {
+  if (owner.kind != TableKind::Shared || column.type != ColumnType::Long) return nullptr;
+  for (const TableDef& t : tables) {
+    if (&t == &owner || t.key.empty() || t.key != column.name) continue;
+    if (t.kind == TableKind::Company || t.kind == TableKind::Shared) return &t;
+  }
+  return nullptr;
+}
+
+std::string CascadeTo(std::string_view table, std::string_view key) {
+  return " REFERENCES " + Quoted(table) + "(" + Quoted(key) + ") ON DELETE CASCADE";
+}
+
+std::string IndexStatement(std::string_view table, std::initializer_list<std::string_view> cols) {
+  std::string name(table);
+  std::string list;
+  for (std::string_view c : cols) {
+    name += '_';
+    name += c;
+    if (!list.empty()) list += ", ";
+    list += Quoted(c);
+  }
+  return "CREATE INDEX " + Quoted(name) + " ON " + Quoted(table) + " (" + list + ")";
+}
+
+}  // namespace
+
+std::string_view DeclaredTypeName(ColumnType type) noexcept {
+  switch (type) {
+    case ColumnType::Text:
+    case ColumnType::Variant:  // written as quoted text, so it is stored and read as text
+    case ColumnType::Flags:
+      return "TEXT";
+    case ColumnType::Single:
+      return "SINGLE";
+    case ColumnType::Integer:
+      return "SMALLINT";
+    case ColumnType::Long:
+    case ColumnType::Reference:
+      return "INTEGER";
+    case ColumnType::Boolean:
+      return "BIT";
+    case ColumnType::Date:
+      return "DATETIME";
+  }
+  return "TEXT";
+}
+
+std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
+  std::vector<std::string> tables_ddl;
+  std::vector<std::string> indexes;
+  for (const TableDef& t : tables) {
+    std::vector<std::string> defs;
+    const bool per_company = t.kind == TableKind::PerCompanyRow;
+    const bool series = t.kind == TableKind::Series;
+    if (per_company) {
+      defs.push_back(Quoted(kCompanyKey) + " INTEGER PRIMARY KEY" +
+                     CascadeTo("Company", kCompanyKey));
+    } else if (!t.key.empty()) {
+      defs.push_back(Quoted(t.key) + " INTEGER PRIMARY KEY AUTOINCREMENT");
+    }
+    if (series) {
+      defs.push_back(Quoted(kCompanyKey) + " INTEGER NOT NULL" +
+                     CascadeTo("Company", kCompanyKey));
+      indexes.push_back(IndexStatement(t.name, {kCompanyKey}));
+    }
+    for (const ColumnDef& c : t.columns) {
+      // The key and a series' CompanyID are declared above.
+      if (c.name == t.key || ((per_company || series) && c.name == kCompanyKey)) continue;
+      std::string def = Quoted(c.name) + " " + std::string(DeclaredTypeName(c.type));
+      if (const TableDef* parent = ReferredTable(t, c, tables)) {
+        def += CascadeTo(parent->name, parent->key);
+        indexes.push_back(IndexStatement(t.name, {c.name}));
+      }
+      defs.push_back(std::move(def));
+    }
+    if (t.kind == TableKind::Company) {
+      indexes.push_back(IndexStatement(t.name, {"strSymbol", "ExchangeID"}));
+    }
+
+    std::string ddl = "CREATE TABLE " + Quoted(t.name) + " (";
+    for (size_t i = 0; i < defs.size(); ++i) {
+      ddl += i == 0 ? "\n  " : ",\n  ";
+      ddl += defs[i];
+    }
+    ddl += "\n)";
+    tables_ddl.push_back(std::move(ddl));
+  }
+  tables_ddl.insert(tables_ddl.end(), std::make_move_iterator(indexes.begin()),
+                    std::make_move_iterator(indexes.end()));
+  return tables_ddl;
+}
+
+}  // namespace kwx

@@ -1,0 +1,249 @@
+#include "services/sqlite_database.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "automation/errors.h"
+#include "automation/safe_array.h"
+#include "services/jet_dialect.h"
+#include "services/sqlite_support_internal.h"
+
+namespace kwx {
+namespace {
+
+using sqlite_support::DeclaredKind;
+
+// Every transaction level is a savepoint of this one name: SQLite resolves a repeated name to
+// the innermost level, which is exactly the nesting the loader needs.
+constexpr const char* kSavepoint = "SAVEPOINT kwx_trans";
+constexpr const char* kRelease = "RELEASE SAVEPOINT kwx_trans";
+constexpr const char* kRollback = "ROLLBACK TO SAVEPOINT kwx_trans; RELEASE SAVEPOINT kwx_trans";
+
+struct StatementFinalizer {
+  void operator()(sqlite3_stmt* stmt) const noexcept { sqlite3_finalize(stmt); }
+};
+using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
+
+// Opens an existing database file; never creates one. A file that exists but is not a
+// database opens without complaint, so the schema is read once to find out.
+sqlite3* OpenExisting(const std::string& path) {
+  if (path.empty()) return nullptr;
+  sqlite3* db = nullptr;
+  const int rc = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr);
+  if (rc != SQLITE_OK ||
+      sqlite3_exec(db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) !=
+          SQLITE_OK) {
+    sqlite3_close_v2(db);
+    return nullptr;
+  }
+  return db;
+}
+
+}  // namespace
+
+void SqliteDatabase::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
+
+SqliteDatabase::SqliteDatabase() {
+  if (const char* path = std::getenv("KWX_TRACE_SQL"); path != nullptr && *path != '\0') {
+    SetTraceFile(path);
+  }
+}
+
+SqliteDatabase::~SqliteDatabase() = default;
+
+void SqliteDatabase::Close() noexcept {
+  // Closing rolls back whatever transaction is still open.
+  db_.reset();
+  depth_ = 0;
+}
+
+bool SqliteDatabase::RunInternal(const char* sql) noexcept {
+  return db_ && sqlite3_exec(db_.get(), sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+bool SqliteDatabase::blnOpenDatabase(std::string& path) {
+  Close();
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path));
+  if (!db) return false;
+  if (sqlite3_exec(db.get(), "PRAGMA foreign_keys = ON", nullptr, nullptr, nullptr) !=
+          SQLITE_OK ||
+      !sqlite_support::RegisterJetFunctions(db.get())) {
+    return false;
+  }
+  // Another program may hold the file for a moment; wait rather than fail at once.
+  sqlite3_busy_timeout(db.get(), 5000);
+  db_ = std::move(db);
+  return true;
+}
+
+bool SqliteDatabase::CloseNCompact(std::string& path) {
+  Close();
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path));
+  return db && sqlite3_exec(db.get(), "VACUUM", nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
+  fields = Variant();
+  data = Variant();
+  row_count_ = 0;
+  bool ok = false;
+  try {
+    ok = ExecuteOne(sql, fields, data);
+  } catch (...) {
+    ok = false;
+  }
+  if (!ok) {
+    fields = Variant();
+    data = Variant();
+    row_count_ = 0;
+  }
+  // A failing trace sink must not change the statement's answer.
+  ResumeNext([&] { Trace(sql, ok); });
+  return ok;
+}
+
+bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant& data) {
+  if (!db_) return false;
+  const std::string text = TranslateJetSql(sql);
+  sqlite3_stmt* raw = nullptr;
+  const char* tail = nullptr;
+  if (text.size() > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
+  const int rc = sqlite3_prepare_v2(db_.get(), text.data(), static_cast<int>(text.size()), &raw,
+                                    &tail);
+  StatementPtr stmt(raw);
+  if (rc != SQLITE_OK || !stmt) return false;
+  // Refuse before running anything: a value smuggled into the text must not become a
+  // statement of its own.
+  const char* end = text.data() + text.size();
+  if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
+    return false;
+  }
+
+  const int columns = sqlite3_column_count(stmt.get());
+  if (columns == 0) {
+    // sqlite3_changes keeps the count of the last data statement, so a statement that changes
+    // nothing (DDL) would report a stale count; the running total tells whether this one did.
+    const int64_t before = sqlite3_total_changes64(db_.get());
+    if (sqlite3_step(stmt.get()) != SQLITE_DONE) return false;
+    const int64_t changed =
+        sqlite3_total_changes64(db_.get()) == before ? 0 : sqlite3_changes64(db_.get());
+    row_count_ = static_cast<int32_t>(std::min<int64_t>(changed, INT32_MAX));
+    return true;
+  }
+
+  std::vector<Variant> names;
+  std::vector<DeclaredKind> kinds;
+  names.reserve(columns);
+  kinds.reserve(columns);
+  for (int c = 0; c < columns; ++c) {
+    const char* name = sqlite3_column_name(stmt.get(), c);
+    names.emplace_back(std::string(name != nullptr ? name : ""));
+    kinds.push_back(
+        sqlite_support::KindOfDeclaredType(sqlite3_column_decltype(stmt.get(), c)));
+  }
+
+  std::vector<Variant> values;
+  int32_t rows = 0;
+  for (;;) {
+    const int step = sqlite3_step(stmt.get());
+    if (step == SQLITE_DONE) break;
+    if (step != SQLITE_ROW) return false;
+    if (rows == INT32_MAX) return false;
+    for (int c = 0; c < columns; ++c) {
+      values.push_back(sqlite_support::ColumnValue(stmt.get(), c, kinds[c]));
+    }
+    ++rows;
+  }
+
+  fields = Variant(SafeArray::FromValues(std::move(names)));
+  if (rows > 0) {
+    SafeArray matrix = SafeArray::Matrix(0, rows - 1, 0, columns - 1);
+    // Both are row-major: element (r, c) sits at r * columns + c.
+    matrix.elements() = std::move(values);
+    data = Variant(std::move(matrix));
+  }
+  row_count_ = rows;
+  return true;
+}
+
+int32_t SqliteDatabase::lngRowCount() { return row_count_; }
+
+void SqliteDatabase::BeginTrans() {
+  if (!db_) return;
+  if (depth_ > 0 && sqlite3_get_autocommit(db_.get())) depth_ = 0;  // ended by a statement
+  if (!RunInternal(kSavepoint)) {
+    throw AutomationError(err::kInvalidCall,
+                          std::string("BeginTrans failed: ") + sqlite3_errmsg(db_.get()));
+  }
+  ++depth_;
+}
+
+void SqliteDatabase::CommitTrans() {
+  if (!db_ || depth_ == 0) return;
+  if (sqlite3_get_autocommit(db_.get())) {
+    depth_ = 0;
+    return;
+  }
+  if (RunInternal(kRelease)) {
+    --depth_;
+    return;
+  }
+  // A level that cannot be kept is undone, so no transaction is left dangling; the caller
+  // learns of it from the error.
+  std::string message = std::string("CommitTrans failed: ") + sqlite3_errmsg(db_.get());
+  RunInternal(kRollback);
+  --depth_;
+  throw AutomationError(err::kInvalidCall, std::move(message));
+}
+
+void SqliteDatabase::RollbackTrans() {
+  if (!db_ || depth_ == 0) return;
+  if (sqlite3_get_autocommit(db_.get())) {
+    depth_ = 0;
+    return;
+  }
+  const bool ok = RunInternal(kRollback);
+  --depth_;
+  if (!ok) {
+    throw AutomationError(err::kInvalidCall,
+                          std::string("RollbackTrans failed: ") + sqlite3_errmsg(db_.get()));
+  }
+}
+
+bool SqliteDatabase::SetTraceFile(const std::string& path) {
+  trace_file_.close();
+  trace_file_.clear();
+  if (path.empty()) return true;
+  trace_file_.open(path, std::ios::out | std::ios::app | std::ios::binary);
+  return trace_file_.is_open();
+}
+
+void SqliteDatabase::SetTraceCallback(TraceCallback callback) {
+  trace_callback_ = std::move(callback);
+}
+
+void SqliteDatabase::Trace(const std::string& sql, bool ok) {
+  if (!trace_file_.is_open() && !trace_callback_) return;
+  nlohmann::ordered_json entry;
+  entry["sql"] = sql;
+  entry["ok"] = ok;
+  entry["rows"] = row_count_;
+  // Text that is not valid UTF-8 must not stop the trace (or the statement): bad bytes are
+  // replaced in the trace line only.
+  const std::string line = entry.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  if (trace_file_.is_open()) {
+    trace_file_ << line << '\n';
+    trace_file_.flush();
+  }
+  if (trace_callback_) trace_callback_(line);
+}
+
+}  // namespace kwx

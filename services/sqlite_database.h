@@ -1,0 +1,92 @@
+// The database object backed by an SQLite file: executes the loader's Jet-dialect statements
+// and hands query results back as arrays.
+#ifndef KWX_SERVICES_SQLITE_DATABASE_H_
+#define KWX_SERVICES_SQLITE_DATABASE_H_
+
+#include <cstdint>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "automation/services.h"
+#include "automation/variant.h"
+
+struct sqlite3;
+
+namespace kwx {
+
+// One database connection at a time. Statements arrive in the Jet dialect and are translated
+// (jet_dialect.h) before SQLite sees them. Values come back typed from the declared column
+// types of the schema (create_database.h writes those types):
+//   DATETIME -> Date (stored as M/d/yyyy text; a number is a serial; text that does not parse
+//               comes back as text)      BIT -> Boolean (stored -1/0)
+//   SINGLE -> Single   SMALLINT -> Integer   INTEGER -> Long   TEXT -> String   NULL -> Null
+// and, without a declared type (max(...)), by storage: whole numbers as Long when they fit
+// (else Double), reals as Double, text as String.
+//
+// The environment variable KWX_TRACE_SQL, read when the object is created, names a file to
+// which every executed statement is appended as one JSON line:
+//   {"sql": <text as received>, "ok": <bool>, "rows": <lngRowCount after it>}
+// Not thread-safe: one caller at a time, as the loader uses it.
+class SqliteDatabase final : public IDatabase {
+ public:
+  // Receives each trace line (the JSON text, without the line end).
+  using TraceCallback = std::function<void(std::string_view json_line)>;
+
+  SqliteDatabase();
+  ~SqliteDatabase() override;
+  SqliteDatabase(const SqliteDatabase&) = delete;
+  SqliteDatabase& operator=(const SqliteDatabase&) = delete;
+
+  // Closes any open database, then opens the existing SQLite file at `path` with foreign keys
+  // enforced. False (and nothing created) when the file does not exist or is not a database.
+  bool blnOpenDatabase(std::string& path) override;
+  // Closes the open database (an open transaction is rolled back), then compacts the file at
+  // `path` in place. False when that file cannot be opened or compacted.
+  bool CloseNCompact(std::string& path) override;
+  // Executes exactly one statement. False when no database is open, the statement fails, or
+  // the text holds a second statement (then nothing of it runs). A query sets `fields` to the
+  // zero-based column names (even with no rows) and `data` to a (row, column) array from
+  // (0, 0), or Empty when there are no rows; an action statement or a failure sets both Empty.
+  bool blnExecute(const std::string& sql, Variant& fields, Variant& data) override;
+  // Rows returned by the last query, or rows changed by the last action statement; 0 after a
+  // failed statement.
+  int32_t lngRowCount() override;
+  // Opens a transaction level (a savepoint inside an open one). Nothing happens without an
+  // open database.
+  void BeginTrans() override;
+  // Keeps the innermost level's work (the outermost level commits). Nothing open: nothing.
+  void CommitTrans() override;
+  // Undoes the innermost level's work only and closes that level. Nothing open: nothing.
+  void RollbackTrans() override;
+
+  // Appends trace lines to the file at `path` from now on; an empty path stops file tracing.
+  // False when the file cannot be opened for appending.
+  bool SetTraceFile(const std::string& path);
+  // Hands every trace line to `callback` as well; an empty callback stops it.
+  void SetTraceCallback(TraceCallback callback);
+  // Number of transaction levels open now.
+  int TransactionDepth() const noexcept { return depth_; }
+
+ private:
+  struct Closer {
+    void operator()(sqlite3* db) const noexcept;
+  };
+
+  void Close() noexcept;
+  bool RunInternal(const char* sql) noexcept;
+  bool ExecuteOne(const std::string& sql, Variant& fields, Variant& data);
+  void Trace(const std::string& sql, bool ok);
+
+  std::unique_ptr<sqlite3, Closer> db_;
+  int32_t row_count_ = 0;
+  int depth_ = 0;
+  std::ofstream trace_file_;
+  TraceCallback trace_callback_;
+};
+
+}  // namespace kwx
+
+#endif  // KWX_SERVICES_SQLITE_DATABASE_H_

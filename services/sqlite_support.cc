@@ -1,0 +1,172 @@
+#include "services/sqlite_support_internal.h"
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "automation/dates.h"
+#include "automation/errors.h"
+#include "automation/text.h"
+#include "automation/value_types.h"
+
+namespace kwx {
+namespace sqlite_support {
+namespace {
+
+std::string ColumnText(sqlite3_stmt* stmt, int column) {
+  const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(stmt, column));
+  if (bytes == nullptr) return std::string();
+  return std::string(bytes, static_cast<size_t>(sqlite3_column_bytes(stmt, column)));
+}
+
+Variant WholeNumber(int64_t v) {
+  if (v >= std::numeric_limits<int32_t>::min() && v <= std::numeric_limits<int32_t>::max()) {
+    return Variant(static_cast<int32_t>(v));
+  }
+  return Variant(static_cast<double>(v));
+}
+
+Variant ShortNumber(int64_t v) {
+  if (v >= std::numeric_limits<int16_t>::min() && v <= std::numeric_limits<int16_t>::max()) {
+    return Variant(static_cast<int16_t>(v));
+  }
+  return WholeNumber(v);
+}
+
+// The value as its storage class holds it: what an expression without a declared type gives.
+Variant ByStorage(sqlite3_stmt* stmt, int column) {
+  switch (sqlite3_column_type(stmt, column)) {
+    case SQLITE_NULL:
+      return Variant::Null();
+    case SQLITE_INTEGER:
+      return WholeNumber(sqlite3_column_int64(stmt, column));
+    case SQLITE_FLOAT:
+      return Variant(sqlite3_column_double(stmt, column));
+    default:
+      return Variant(ColumnText(stmt, column));
+  }
+}
+
+std::optional<Date> DateArgument(sqlite3_value* v) {
+  switch (sqlite3_value_type(v)) {
+    case SQLITE_INTEGER:
+    case SQLITE_FLOAT:
+      return Date{sqlite3_value_double(v)};
+    case SQLITE_TEXT: {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(v));
+      return ParseDate(std::string_view(text, static_cast<size_t>(sqlite3_value_bytes(v))));
+    }
+    default:
+      return std::nullopt;
+  }
+}
+
+void DateDiffFunction(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
+  if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  const auto* interval = reinterpret_cast<const char*>(sqlite3_value_text(argv[0]));
+  const std::optional<Date> from = DateArgument(argv[1]);
+  const std::optional<Date> to = DateArgument(argv[2]);
+  if (interval == nullptr || !from || !to) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  try {
+    sqlite3_result_int64(ctx, DateDiff(interval, *from, *to));
+  } catch (const AutomationError& e) {
+    sqlite3_result_error(ctx, e.description(), -1);
+  } catch (...) {
+    sqlite3_result_error(ctx, "datediff failed", -1);
+  }
+}
+
+}  // namespace
+
+DeclaredKind KindOfDeclaredType(const char* decltype_name) {
+  if (decltype_name == nullptr) return DeclaredKind::None;
+  const std::string name = FoldCase(Trim(decltype_name));
+  if (name == "datetime" || name == "date" || name == "timestamp") return DeclaredKind::Date;
+  if (name == "bit" || name == "boolean" || name == "yesno") return DeclaredKind::Boolean;
+  if (name == "single" || name == "real" || name == "float") return DeclaredKind::Single;
+  if (name == "double" || name == "numeric" || name == "decimal") return DeclaredKind::Double;
+  if (name == "smallint" || name == "short") return DeclaredKind::Integer;
+  if (name == "integer" || name == "int" || name == "long" || name == "counter") {
+    return DeclaredKind::Long;
+  }
+  if (name.find("char") != std::string::npos || name.find("text") != std::string::npos ||
+      name.find("clob") != std::string::npos || name == "memo") {
+    return DeclaredKind::Text;
+  }
+  return DeclaredKind::None;
+}
+
+Variant ColumnValue(sqlite3_stmt* stmt, int column, DeclaredKind kind) {
+  const int storage = sqlite3_column_type(stmt, column);
+  if (storage == SQLITE_NULL) return Variant::Null();
+  const bool number = storage == SQLITE_INTEGER || storage == SQLITE_FLOAT;
+  switch (kind) {
+    case DeclaredKind::Text:
+      return Variant(ColumnText(stmt, column));
+    case DeclaredKind::Date:
+      if (number) return Variant(Date{sqlite3_column_double(stmt, column)});
+      if (std::optional<Date> d = ParseDate(ColumnText(stmt, column))) return Variant(*d);
+      return Variant(ColumnText(stmt, column));
+    case DeclaredKind::Boolean:
+      if (number) return Variant(sqlite3_column_double(stmt, column) != 0.0);
+      {
+        std::string text = ColumnText(stmt, column);
+        if (EqualsNoCase(Trim(text), "true")) return Variant(true);
+        if (EqualsNoCase(Trim(text), "false")) return Variant(false);
+        return Variant(std::move(text));
+      }
+    case DeclaredKind::Single:
+      if (number) return Variant(static_cast<float>(sqlite3_column_double(stmt, column)));
+      return Variant(ColumnText(stmt, column));
+    case DeclaredKind::Double:
+      if (number) return Variant(sqlite3_column_double(stmt, column));
+      return Variant(ColumnText(stmt, column));
+    case DeclaredKind::Integer:
+      if (storage == SQLITE_INTEGER) return ShortNumber(sqlite3_column_int64(stmt, column));
+      if (number) return Variant(sqlite3_column_double(stmt, column));
+      return Variant(ColumnText(stmt, column));
+    case DeclaredKind::Long:
+      if (storage == SQLITE_INTEGER) return WholeNumber(sqlite3_column_int64(stmt, column));
+      if (number) return Variant(sqlite3_column_double(stmt, column));
+      return Variant(ColumnText(stmt, column));
+    case DeclaredKind::None:
+      break;
+  }
+  return ByStorage(stmt, column);
+}
+
+bool RegisterJetFunctions(sqlite3* db) {
+  return sqlite3_create_function_v2(db, "datediff", 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                                    nullptr, &DateDiffFunction, nullptr, nullptr,
+                                    nullptr) == SQLITE_OK;
+}
+
+bool TailIsEmpty(std::string_view tail) {
+  size_t i = 0;
+  while (i < tail.size()) {
+    const char c = tail[i];
+    if (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v' || c == ';') {
+      ++i;
+    } else if (tail.substr(i, 2) == "--") {
+      const size_t eol = tail.find('\n', i);
+      i = eol == std::string_view::npos ? tail.size() : eol + 1;
+    } else if (tail.substr(i, 2) == "/*") {
+      const size_t close = tail.find("*/", i + 2);
+      // An unclosed comment runs to the end of the text, as SQLite reads it.
+      i = close == std::string_view::npos ? tail.size() : close + 2;
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace sqlite_support
+}  // namespace kwx

@@ -1,0 +1,265 @@
+#include "services/sqlite_database.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "automation/dates.h"
+#include "automation/registry.h"
+#include "automation/safe_array.h"
+#include "services/builtin_services.h"
+#include "test_database.h"
+
+namespace kwx {
+namespace {
+
+std::vector<std::string> ReadLines(const std::string& path) {
+  std::ifstream in(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+TEST_F(DatabaseTest, OpenOfMissingOrForeignFileAnswersFalseAndCreatesNothing) {
+  std::string missing = (dir_ / "missing.db").string();
+  EXPECT_FALSE(db_.blnOpenDatabase(missing));
+  EXPECT_FALSE(std::filesystem::exists(missing));
+  EXPECT_FALSE(Exec("select 1")) << "the earlier database must be closed by the open";
+
+  std::string foreign = (dir_ / "notes.txt").string();
+  std::ofstream(foreign) << "not a database at all, but long enough to hold a header\n";
+  EXPECT_FALSE(db_.blnOpenDatabase(foreign));
+  EXPECT_TRUE(db_.blnOpenDatabase(path_));
+}
+
+TEST_F(DatabaseTest, ValuesComeBackTypedFromDeclaredTypes) {
+  ASSERT_TRUE(Exec(
+      "insert into Company (datDataCreated, datDataUpdated, datLastFY, intNumDataYears, sngBeta, "
+      "strName, ExchangeID) select #11/22/2026#, 'soon', 46000, 10, 1.5, 'Acme', 3"));
+  ASSERT_TRUE(Exec("insert into Options (CompanyID, blnTaxRate, blnRevPlot, intUnit) "
+                   "select 1, True, False, 40000"));
+  struct Case {
+    std::string sql;
+    Variant expected;
+  };
+  const Case cases[] = {
+      {"select datDataCreated from Company", Variant(DateSerial(2026, 11, 22))},
+      {"select datDataUpdated from Company", Variant("soon")},
+      {"select datLastFY from Company", Variant(Date{46000})},
+      {"select intNumDataYears from Company", Variant(int16_t{10})},
+      {"select sngBeta from Company", Variant(1.5f)},
+      {"select strName from Company", Variant("Acme")},
+      {"select ExchangeID from Company", Variant(int32_t{3})},
+      {"select CompanyID from Company", Variant(int32_t{1})},
+      {"select sngCurPrice from Company", Variant::Null()},
+      {"select blnTaxRate from Options", Variant(true)},
+      {"select blnRevPlot from Options", Variant(false)},
+      {"select intUnit from Options", Variant(int32_t{40000})},  // too wide for 16 bits
+      {"select max(CompanyID) from Company", Variant(int32_t{1})},
+      {"select 5000000000", Variant(5000000000.0)},
+      {"select 2.5", Variant(2.5)},
+      {"select 'x' || 'y'", Variant("xy")},
+  };
+  for (const Case& c : cases) {
+    const Variant got = Scalar(c.sql);
+    EXPECT_TRUE(got.SameAs(c.expected)) << c.sql << " gave " << got << ", want " << c.expected;
+  }
+}
+
+TEST_F(DatabaseTest, ResultArraysHaveTheirShapes) {
+  ASSERT_TRUE(Exec("insert into Sector(Sector) select 'Energy'"));
+  ASSERT_TRUE(Exec("insert into Sector(Sector) select 'Banks'"));
+  Variant fields, data;
+  ASSERT_TRUE(db_.blnExecute("select * from Sector order by SectorID", fields, data));
+  const SafeArray& f = fields.AsArray();
+  EXPECT_EQ(f.dims(), 1);
+  EXPECT_EQ(f.LBound(), 0);
+  EXPECT_EQ(f.UBound(), 1);
+  EXPECT_EQ(f(0).AsString(), "SectorID");
+  EXPECT_EQ(f(1).AsString(), "Sector");
+  const SafeArray& d = data.AsArray();
+  EXPECT_EQ(d.dims(), 2);
+  EXPECT_EQ(d.LBound(1), 0);
+  EXPECT_EQ(d.UBound(1), 1);  // rows
+  EXPECT_EQ(d.UBound(2), 1);  // columns
+  EXPECT_EQ(d(1, 1).AsString(), "Banks");
+
+  ASSERT_TRUE(db_.blnExecute("select * from Sector where SectorID = 99", fields, data));
+  EXPECT_TRUE(fields.IsArray()) << "names come back even without rows";
+  EXPECT_TRUE(data.IsEmpty());
+
+  ASSERT_TRUE(db_.blnExecute("Update Sector set Sector='x' where SectorID = 1", fields, data));
+  EXPECT_TRUE(fields.IsEmpty());
+  EXPECT_TRUE(data.IsEmpty());
+}
+
+TEST_F(DatabaseTest, RowCountFollowsTheLastStatement) {
+  struct Step {
+    std::string sql;
+    bool ok;
+    int32_t rows;
+  };
+  const Step steps[] = {
+      {"Insert into Sector(Sector)     select 'Energy';", true, 1},
+      {"insert into Sector(Sector) select Sector || '2' from Sector", true, 1},
+      {"Update Sector   set Sector='Power'", true, 2},
+      {"Update Sector   set Sector='None' Where SectorID=99;", true, 0},
+      {"Update Sector   set Sector='Power'", true, 2},
+      {"create table Scratch (x)", true, 0},  // no stale count from the update
+      {"select * from Sector", true, 2},
+      {"select * from NoSuchTable", false, 0},
+      {"Delete * From Sector Where SectorID=1;", true, 1},
+  };
+  for (const Step& s : steps) {
+    EXPECT_EQ(Exec(s.sql), s.ok) << s.sql;
+    EXPECT_EQ(db_.lngRowCount(), s.rows) << s.sql;
+  }
+}
+
+TEST_F(DatabaseTest, TransactionsNestAsSavepoints) {
+  auto count = [&] { return Scalar("select count(*) from Sector").AsLong(); };
+  db_.CommitTrans();  // nothing open: nothing happens
+  db_.RollbackTrans();
+
+  db_.BeginTrans();
+  ASSERT_TRUE(Exec("insert into Sector(Sector) select 'outer'"));
+  db_.BeginTrans();
+  ASSERT_TRUE(Exec("insert into Sector(Sector) select 'inner'"));
+  EXPECT_EQ(db_.TransactionDepth(), 2);
+  db_.RollbackTrans();
+  EXPECT_EQ(count(), 1) << "the inner rollback keeps the outer work";
+  db_.CommitTrans();
+  EXPECT_EQ(db_.TransactionDepth(), 0);
+
+  db_.BeginTrans();
+  ASSERT_TRUE(Exec("insert into Sector(Sector) select 'a'"));
+  db_.BeginTrans();
+  ASSERT_TRUE(Exec("insert into Sector(Sector) select 'b'"));
+  db_.CommitTrans();
+  db_.RollbackTrans();
+  EXPECT_EQ(count(), 1) << "the outer rollback drops the committed inner level too";
+
+  ASSERT_TRUE(db_.blnOpenDatabase(path_));  // the committed row is in the file
+  EXPECT_EQ(count(), 1);
+  EXPECT_EQ(Scalar("select Sector from Sector").AsString(), "outer");
+}
+
+TEST_F(DatabaseTest, SecondStatementIsRefusedAndNothingOfItRuns) {
+  const std::string refused[] = {
+      "insert into Sector(Sector) select 'x'; drop table Sector",
+      "select 1; select 2",
+      "insert into Sector(Sector) select 'x';;\n/* note */ delete from Sector",
+      "",
+  };
+  for (const std::string& sql : refused) {
+    EXPECT_FALSE(Exec(sql)) << sql;
+  }
+  EXPECT_EQ(Scalar("select count(*) from Sector").AsLong(), 0);
+
+  EXPECT_TRUE(Exec("insert into Sector(Sector) select 'y';  -- trailing note\n ; "));
+  // A value written with double quotes stays a value, whatever it holds.
+  const std::string value = "x'); drop table Sector; --";
+  EXPECT_TRUE(Exec("insert into Sector(Sector) select \"" + value + "\""));
+  EXPECT_EQ(Scalar("select Sector from Sector where SectorID = 2").AsString(), value);
+  EXPECT_EQ(Scalar("select count(*) from Sector").AsLong(), 2);
+}
+
+TEST_F(DatabaseTest, DateDiffComparesStoredDatesByDay) {
+  ASSERT_TRUE(Exec("insert into DJAverages (DJDate, sngUtilities, sngTransportation, "
+                   "sngIndustrials) select '11/22/2026',1,2,3"));
+  ASSERT_TRUE(Exec("insert into DJAverages (DJDate, sngUtilities) select '11/23/2026 3:00 PM',1"));
+  ASSERT_TRUE(Exec("Update DJAverages   set sngUtilities = 5 Where datediff('d',DJDate,"
+                   "'11/22/2026') = 0"));
+  EXPECT_EQ(db_.lngRowCount(), 1);
+  EXPECT_TRUE(Scalar("select sngUtilities from DJAverages where datediff(\"d\", DJDate, "
+                     "#11/23/2026#) = 0")
+                  .SameAs(Variant(1.0f)));
+  struct Case {
+    std::string expr;
+    Variant expected;
+  };
+  const Case cases[] = {
+      {"datediff('d', '11/20/2026', '11/22/2026')", Variant(int32_t{2})},
+      {"datediff('d', '11/22/2026', '11/20/2026')", Variant(int32_t{-2})},
+      {"datediff('m', '1/31/2026', '2/1/2026')", Variant(int32_t{1})},
+      {"datediff('d', 46000, 46003)", Variant(int32_t{3})},
+      {"datediff('d', 'someday', '11/22/2026')", Variant::Null()},
+      {"datediff('d', NULL, '11/22/2026')", Variant::Null()},
+  };
+  for (const Case& c : cases) {
+    const Variant got = Scalar("select " + c.expr);
+    EXPECT_TRUE(got.SameAs(c.expected)) << c.expr << " gave " << got;
+  }
+  EXPECT_FALSE(Exec("select datediff('fortnight', 1, 2)"));
+}
+
+TEST_F(DatabaseTest, TraceWritesOneJsonLinePerStatement) {
+  const std::string trace = (dir_ / "trace.jsonl").string();
+  ASSERT_TRUE(db_.SetTraceFile(trace));
+  std::vector<std::string> seen;
+  db_.SetTraceCallback([&](std::string_view line) { seen.emplace_back(line); });
+  Exec("insert into Sector(Sector) select \"say \"\"hi\"\"\"");
+  Exec("select * from Sector");
+  Exec("select * from Nowhere");
+  db_.SetTraceFile("");
+  Exec("select 1");  // after the file was closed: only the callback sees it
+  const std::vector<std::string> expected = {
+      R"({"sql":"insert into Sector(Sector) select \"say \"\"hi\"\"\"","ok":true,"rows":1})",
+      R"({"sql":"select * from Sector","ok":true,"rows":1})",
+      R"({"sql":"select * from Nowhere","ok":false,"rows":0})",
+  };
+  EXPECT_EQ(ReadLines(trace), expected);
+  ASSERT_EQ(seen.size(), 4u);
+  EXPECT_EQ(seen[3], R"({"sql":"select 1","ok":true,"rows":1})");
+
+  // The environment names a trace file for objects created afterwards.
+  const std::string env_trace = (dir_ / "env.jsonl").string();
+  ::setenv("KWX_TRACE_SQL", env_trace.c_str(), 1);
+  SqliteDatabase traced;
+  ::unsetenv("KWX_TRACE_SQL");
+  ASSERT_TRUE(traced.blnOpenDatabase(path_));
+  Variant fields, data;
+  traced.blnExecute("select count(*) from Sector", fields, data);
+  EXPECT_EQ(ReadLines(env_trace),
+            std::vector<std::string>{R"({"sql":"select count(*) from Sector","ok":true,"rows":1})"});
+}
+
+TEST_F(DatabaseTest, CloseNCompactClosesAndShrinksTheFile) {
+  const std::string filler(2000, 'x');
+  db_.BeginTrans();
+  for (int i = 0; i < 500; ++i) {
+    ASSERT_TRUE(Exec("insert into Sector(Sector) select '" + filler + "'"));
+  }
+  db_.CommitTrans();
+  ASSERT_TRUE(Exec("Delete * From Sector"));
+  const auto before = std::filesystem::file_size(path_);
+  EXPECT_TRUE(db_.CloseNCompact(path_));
+  EXPECT_LT(std::filesystem::file_size(path_), before);
+  EXPECT_FALSE(Exec("select 1")) << "the database is closed after compacting";
+
+  std::string missing = (dir_ / "missing.db").string();
+  EXPECT_FALSE(db_.CloseNCompact(missing));
+  EXPECT_FALSE(std::filesystem::exists(missing));
+}
+
+TEST(BuiltinServices, RegistersTheDatabaseUnderBothProgIdsWithoutReplacingDoubles) {
+  auto double_db = std::make_shared<Object>();
+  {
+    ScopedRegistration guard(progid::kDatabase, [&] { return double_db; });
+    RegisterBuiltinServices();
+    EXPECT_EQ(ObjectRegistry::Instance().Create(progid::kDatabase), double_db);
+  }
+  RegisterBuiltinServices();
+  RegisterBuiltinServices();
+  for (const char* id : {progid::kDatabase, progid::kDatabaseSP}) {
+    EXPECT_NE(std::dynamic_pointer_cast<SqliteDatabase>(CreateObjectAs<IDatabase>(id)), nullptr)
+        << id;
+  }
+}
+
+}  // namespace
+}  // namespace kwx
