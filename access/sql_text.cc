@@ -1,6 +1,5 @@
 #include "access/sql_text.h"
 
-#include <cmath>
 
 #include "automation/conversions.h"
 #include "automation/errors.h"
