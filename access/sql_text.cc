@@ -1,6 +1,5 @@
 #include "access/sql_text.h"
 
-
 #include "automation/conversions.h"
 #include "automation/errors.h"
 #include "automation/format.h"
