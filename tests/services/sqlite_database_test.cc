@@ -228,6 +228,42 @@ TEST_F(DatabaseTest, TraceWritesOneJsonLinePerStatement) {
             std::vector<std::string>{R"({"sql":"select count(*) from Sector","ok":true,"rows":1})"});
 }
 
+TEST_F(DatabaseTest, JoinedLoaderQueriesReportPlainColumnNames) {
+  const std::string setup[] = {
+      "insert into Company (strSymbol, strName, ExchangeID) select 'A', 'Acme', 1",
+      "insert into PERTReport (Name, Description, LastUpdate) select 'p', 'd', '1/2/2026'",
+      "insert into PERTReportCompany (PERTReportID, CompanyID) select 1, 1",
+      "insert into Comparison (Name, StudiedSection) select 'c', 2",
+      "insert into ComparisonCompany (ComparisonID, CompanyID, SelectedFields) select 1, 1, '10'",
+  };
+  for (const std::string& sql : setup) ASSERT_TRUE(Exec(sql)) << sql;
+  struct Case {
+    std::string sql;
+    int32_t column;
+    std::string name;
+    Variant value;
+  };
+  const Case cases[] = {
+      {"SELECT P.Name, P.Description, P.LastUpdate, P.PERTReportID, C.strName, C.CompanyID "
+       "FROM (PERTReport AS P INNER JOIN PERTReportCompany AS PRC "
+       "ON P.PERTReportID = PRC.PERTReportID) INNER JOIN Company AS C "
+       "ON PRC.CompanyID = C.CompanyID WHERE P.PERTReportID = 1 "
+       "ORDER BY PRC.PERTReportCompanyID ASC;",
+       4, "strName", Variant("Acme")},
+      {"select C.ComparisonID, C.Name, C.StudiedSection, C.Description, C.Field27, C.Field28, "
+       "C.UpdatePerson, C.LastUpdate, CC.CompanyID, CC.SelectedFields, CC.FieldData  from "
+       "Comparison C, ComparisonCompany CC where C.ComparisonID = 1   and CC.ComparisonID = "
+       "C.ComparisonID order by ComparisonCompanyID asc",
+       2, "StudiedSection", Variant(int16_t{2})},
+  };
+  for (const Case& c : cases) {
+    Variant fields, data;
+    ASSERT_TRUE(db_.blnExecute(c.sql, fields, data)) << c.sql;
+    EXPECT_EQ(fields.AsArray()(c.column).AsString(), c.name) << c.sql;
+    EXPECT_TRUE(data.AsArray()(0, c.column).SameAs(c.value)) << c.sql;
+  }
+}
+
 TEST_F(DatabaseTest, CloseNCompactClosesAndShrinksTheFile) {
   const std::string filler(2000, 'x');
   db_.BeginTrans();
