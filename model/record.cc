@@ -1,0 +1,41 @@
+#include "model/record.h"
+
+#include <sstream>
+
+#include "automation/conversions.h"
+
+namespace kwx {
+
+// Each conversion finishes before the assignment, so a rejected value leaves the member as it
+// was.
+void ConvertInto(const Variant& value, std::string& out) { out = CStr(value); }
+void ConvertInto(const Variant& value, float& out) { out = CSng(value); }
+void ConvertInto(const Variant& value, int16_t& out) { out = CInt(value); }
+void ConvertInto(const Variant& value, int32_t& out) { out = CLng(value); }
+void ConvertInto(const Variant& value, bool& out) { out = CBool(value); }
+void ConvertInto(const Variant& value, Date& out) { out = CDate(value); }
+void ConvertInto(const Variant& value, Variant& out) { out = value; }
+
+bool SameFieldName(std::string_view column, std::string_view name) noexcept {
+  // Column names are ASCII, so a byte-wise ASCII fold is exact and cannot throw.
+  if (column.size() != name.size()) return false;
+  for (size_t i = 0; i < column.size(); ++i) {
+    char a = column[i];
+    char b = name[i];
+    if (a >= 'A' && a <= 'Z') a = static_cast<char>(a - 'A' + 'a');
+    if (b >= 'A' && b <= 'Z') b = static_cast<char>(b - 'A' + 'a');
+    if (a != b) return false;
+  }
+  return true;
+}
+
+bool SameValue(const Variant& a, const Variant& b) { return a.SameAs(b); }
+
+void AppendDifference(std::string& out, std::string_view prefix, std::string_view column,
+                      const Variant& a, const Variant& b) {
+  std::ostringstream line;
+  line << prefix << column << ": " << a << " vs " << b << "\n";
+  out += line.str();
+}
+
+}  // namespace kwx

@@ -1,0 +1,173 @@
+// Generic by-name access to the typed records of the model. Every record type (the company
+// record, the options and judgment groups, the series rows, the market averages, the
+// comparison and PERT-report headers) declares its members from the X-macro of its table
+// (model/column_lists.h) and binds each column name to its member with a FieldBinding; reading,
+// writing, comparing and describing a record by name are loops over those bindings.
+#ifndef KWX_MODEL_RECORD_H_
+#define KWX_MODEL_RECORD_H_
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+
+#include "automation/errors.h"
+#include "automation/object.h"
+#include "automation/value_types.h"
+#include "automation/variant.h"
+#include "model/table_def.h"
+
+namespace kwx {
+
+// The in-memory type of a column of each ColumnType. A Reference column holds the referenced
+// row's name; a Flags column holds a Boolean array (or Empty) as a Variant.
+template <ColumnType T> struct MemberTypeOf;
+template <> struct MemberTypeOf<ColumnType::Text> { using type = std::string; };
+template <> struct MemberTypeOf<ColumnType::Single> { using type = float; };
+template <> struct MemberTypeOf<ColumnType::Integer> { using type = int16_t; };
+template <> struct MemberTypeOf<ColumnType::Long> { using type = int32_t; };
+template <> struct MemberTypeOf<ColumnType::Boolean> { using type = bool; };
+template <> struct MemberTypeOf<ColumnType::Date> { using type = Date; };
+template <> struct MemberTypeOf<ColumnType::Variant> { using type = Variant; };
+template <> struct MemberTypeOf<ColumnType::Flags> { using type = Variant; };
+template <> struct MemberTypeOf<ColumnType::Reference> { using type = std::string; };
+template <ColumnType T>
+using MemberType = typename MemberTypeOf<T>::type;
+
+// One column of record type `Rec`: its declaration and the member that holds its value.
+template <class Rec>
+struct FieldBinding {
+  ColumnDef column;
+  std::variant<std::string Rec::*, float Rec::*, int16_t Rec::*, int32_t Rec::*, bool Rec::*,
+               Date Rec::*, Variant Rec::*>
+      member;
+};
+
+// Converts `value` for a member of the given memory type with the strict conversions (CStr,
+// CSng, CInt, CLng, CBool, CDate); a Variant member takes the value as given. Raises the
+// conversion's AutomationError and leaves `out` unchanged when the value is rejected.
+void ConvertInto(const Variant& value, std::string& out);
+void ConvertInto(const Variant& value, float& out);
+void ConvertInto(const Variant& value, int16_t& out);
+void ConvertInto(const Variant& value, int32_t& out);
+void ConvertInto(const Variant& value, bool& out);
+void ConvertInto(const Variant& value, Date& out);
+void ConvertInto(const Variant& value, Variant& out);
+
+// The value of one field as a Variant of the member's type (String, Single, Integer, Long,
+// Boolean, Date, or the held Variant itself).
+template <class Rec>
+Variant GetField(const Rec& rec, const FieldBinding<Rec>& binding) {
+  return std::visit([&](auto member) { return Variant(rec.*member); }, binding.member);
+}
+
+// Sets one field from `value`, converted by the member's type. Raises the conversion's error
+// and leaves the field unchanged when the value is rejected.
+template <class Rec>
+void SetField(Rec& rec, const FieldBinding<Rec>& binding, const Variant& value) {
+  std::visit([&](auto member) { ConvertInto(value, rec.*member); }, binding.member);
+}
+
+// Case-insensitive match of a column name against a property name.
+bool SameFieldName(std::string_view column, std::string_view name) noexcept;
+
+// The binding named `name` (case-insensitive), or nullptr when there is none.
+template <class Rec>
+const FieldBinding<Rec>* FindField(std::span<const FieldBinding<Rec>> bindings,
+                                   std::string_view name) noexcept {
+  for (const auto& b : bindings) {
+    if (SameFieldName(b.column.name, name)) return &b;
+  }
+  return nullptr;
+}
+
+// Reads the field `name` of `rec`; raises err::kNoSuchMember for an unknown name.
+template <class Rec>
+Variant GetByName(const Rec& rec, std::string_view name) {
+  const FieldBinding<Rec>* b = FindField<Rec>(Rec::Bindings(), name);
+  if (b == nullptr) throw AutomationError(err::kNoSuchMember);
+  return GetField(rec, *b);
+}
+
+// Writes the field `name` of `rec`; raises err::kNoSuchMember for an unknown name and the
+// conversion's error (field unchanged) for a value it rejects.
+template <class Rec>
+void SetByName(Rec& rec, std::string_view name, const Variant& value) {
+  const FieldBinding<Rec>* b = FindField<Rec>(Rec::Bindings(), name);
+  if (b == nullptr) throw AutomationError(err::kNoSuchMember);
+  SetField(rec, *b, value);
+}
+
+// True when two Variants are structurally the same (SameAs). Single values are compared as
+// values, so a NaN field never equals anything, as with floats.
+bool SameValue(const Variant& a, const Variant& b);
+
+// Appends the line "<prefix><column>: <a> vs <b>\n" describing one differing value.
+void AppendDifference(std::string& out, std::string_view prefix, std::string_view column,
+                      const Variant& a, const Variant& b);
+
+// Appends one AppendDifference line per bound field that differs between `a` and `b`, each
+// prefixed with `prefix` (such as "Options." or "Yearly(3)."). Answers true when none differs.
+template <class Rec>
+bool AppendRecordDifferences(std::string& out, std::string_view prefix, const Rec& a,
+                             const Rec& b) {
+  bool same = true;
+  for (const auto& binding : Rec::Bindings()) {
+    Variant va = GetField(a, binding);
+    Variant vb = GetField(b, binding);
+    if (!SameValue(va, vb)) {
+      AppendDifference(out, prefix, binding.column.name, va, vb);
+      same = false;
+    }
+  }
+  return same;
+}
+
+// True when every bound field of `a` and `b` holds the same value.
+template <class Rec>
+bool SameRecord(const Rec& a, const Rec& b) {
+  for (const auto& binding : Rec::Bindings()) {
+    if (!SameValue(GetField(a, binding), GetField(b, binding))) return false;
+  }
+  return true;
+}
+
+// Base of the group objects: late-bound GetProperty/SetProperty over the bindings of
+// `Derived`, which provides `static std::span<const FieldBinding<Derived>> Bindings()`.
+template <class Derived>
+class RecordObject : public Object {
+ public:
+  // Reads the column `name` (case-insensitive); raises err::kNoSuchMember when the group has
+  // no such column.
+  Variant GetProperty(std::string_view name) const override {
+    return GetByName(static_cast<const Derived&>(*this), name);
+  }
+  // Writes the column `name` converted to its type; raises err::kNoSuchMember for an unknown
+  // name and the conversion's error, leaving the column unchanged, for a rejected value.
+  void SetProperty(std::string_view name, const Variant& value) override {
+    SetByName(static_cast<Derived&>(*this), name, value);
+  }
+};
+
+}  // namespace kwx
+
+// Expands one entry of a column list into a typed member initialised to its zero value.
+#define KWX_DECLARE_FIELD(name, type, insert_position, ...) \
+  ::kwx::MemberType<::kwx::ColumnType::type> name{};
+
+// Expands one entry of a column list into its ColumnDef.
+#define KWX_COLUMN_DEF(name, type, insert_position, ...)                          \
+  ::kwx::ColumnDef{#name, ::kwx::ColumnType::type, insert_position        \
+                       __VA_OPT__(, ::kwx::__VA_ARGS__)},
+
+// Expands one entry of a column list into the binding of member `name` of the record type
+// that the expanding scope names `BoundRecord`.
+#define KWX_BIND_FIELD(name, type, insert_position, ...)                                   \
+  ::kwx::FieldBinding<BoundRecord>{                                                         \
+      ::kwx::ColumnDef{#name, ::kwx::ColumnType::type, insert_position                      \
+                           __VA_OPT__(, ::kwx::__VA_ARGS__)},                               \
+      &BoundRecord::name},
+
+#endif  // KWX_MODEL_RECORD_H_

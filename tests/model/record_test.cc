@@ -1,0 +1,199 @@
+#include "model/record.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <functional>
+#include <string>
+
+#include "automation/safe_array.h"
+#include "model/comparison.h"
+#include "model/judgment_groups.h"
+#include "model/market_averages.h"
+#include "model/options_group.h"
+#include "model/pert_report.h"
+#include "model/series_rows.h"
+
+namespace kwx {
+namespace {
+
+std::string Upper(std::string_view s) {
+  std::string out(s);
+  for (char& c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return out;
+}
+std::string Lower(std::string_view s) {
+  std::string out(s);
+  for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return out;
+}
+
+int ErrorOf(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const AutomationError& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+// A value each column type accepts, what it reads back as, and a value it rejects (Empty when
+// the type takes anything).
+struct TypeCase {
+  Variant input;
+  Variant stored;
+  Variant rejected;
+  int rejected_error;
+};
+
+TypeCase CaseFor(ColumnType type) {
+  SafeArray flags = SafeArray::FromValues({Variant(true), Variant(false)});
+  switch (type) {
+    case ColumnType::Text:
+    case ColumnType::Reference:
+      return {Variant(12.5f), Variant("12.5"), Variant::Null(), err::kInvalidUseOfNull};
+    case ColumnType::Single:
+      return {Variant("2.5"), Variant(2.5f), Variant("abc"), err::kTypeMismatch};
+    case ColumnType::Integer:
+      return {Variant(2.5), Variant(int16_t{2}), Variant(int32_t{40000}), err::kOverflow};
+    case ColumnType::Long:
+      return {Variant("70000"), Variant(int32_t{70000}), Variant("x1"), err::kTypeMismatch};
+    case ColumnType::Boolean:
+      return {Variant("True"), Variant(true), Variant("maybe"), err::kTypeMismatch};
+    case ColumnType::Date:
+      return {Variant(45000.5), Variant(Date{45000.5}), Variant("not a date"),
+              err::kTypeMismatch};
+    case ColumnType::Variant:
+    case ColumnType::Flags:
+      return {Variant(flags), Variant(flags), Variant(), 0};
+  }
+  return {};
+}
+
+// Sets every column through `set` under its lower-case name, reads it back through `get` under
+// its upper-case name, then checks that a rejected value raises and leaves the column, and
+// that unknown names raise err::kNoSuchMember.
+template <class Rec, class Get, class Set>
+void ExerciseEveryColumn(const char* what, Get get, Set set) {
+  for (const FieldBinding<Rec>& binding : Rec::Bindings()) {
+    SCOPED_TRACE(std::string(what) + "." + std::string(binding.column.name));
+    TypeCase c = CaseFor(binding.column.type);
+    set(Lower(binding.column.name), c.input);
+    EXPECT_TRUE(get(Upper(binding.column.name)).SameAs(c.stored))
+        << get(Upper(binding.column.name)) << " expected " << c.stored;
+    if (c.rejected_error != 0) {
+      EXPECT_EQ(ErrorOf([&] { set(std::string(binding.column.name), c.rejected); }),
+                c.rejected_error);
+      EXPECT_TRUE(get(std::string(binding.column.name)).SameAs(c.stored));
+    }
+  }
+  EXPECT_EQ(ErrorOf([&] { get("NoSuchColumn"); }), err::kNoSuchMember) << what;
+  EXPECT_EQ(ErrorOf([&] { set("NoSuchColumn", Variant(1.0)); }), err::kNoSuchMember) << what;
+  EXPECT_EQ(ErrorOf([&] { set("", Variant(1.0)); }), err::kNoSuchMember) << what;
+}
+
+template <class Group>
+void ExerciseGroup(const char* what) {
+  Group group;
+  Object& object = group;  // reached late-bound, as the importers reach it
+  ExerciseEveryColumn<Group>(
+      what, [&](const std::string& n) { return object.GetProperty(n); },
+      [&](const std::string& n, const Variant& v) { object.SetProperty(n, v); });
+}
+
+template <class Row>
+void ExerciseRow(const char* what) {
+  Row row;
+  ExerciseEveryColumn<Row>(
+      what, [&](const std::string& n) { return GetByName(row, n); },
+      [&](const std::string& n, const Variant& v) { SetByName(row, n, v); });
+}
+
+TEST(Record, EveryGroupColumnIsReachableByName) {
+  ExerciseGroup<OptionsGroup>("Options");
+  ExerciseGroup<JudgmentGraphGroup>("JudgmentGraph");
+  ExerciseGroup<JudgmentAnalysisGroup>("JudgmentAnalysis");
+  ExerciseGroup<JudgmentCheckListGroup>("JudgmentCheckList");
+  ExerciseGroup<JudgmentPrefProcGroup>("JudgmentPrefProc");
+  ExerciseGroup<JudgmentAssessmentGroup>("JudgmentAssessment");
+  ExerciseGroup<JudgmentStockReportGroup>("JudgmentStockReport");
+}
+
+TEST(Record, EveryRowColumnIsReachableByName) {
+  ExerciseRow<YearlyRow>("Yearly");
+  ExerciseRow<QuarterlyRow>("Quarterly");
+  ExerciseRow<MonthlyRow>("Monthly");
+  ExerciseRow<JudgmentPMGRow>("JudgmentPMG");
+  ExerciseRow<JudgmentPERTRow>("JudgmentPERT");
+  ExerciseRow<MarketAverages>("DJAverages");
+}
+
+TEST(Record, BindingsReachTheNamedMembers) {
+  OptionsGroup options;
+  options.SetProperty("blnLockBasicInfo", Variant(true));
+  options.SetProperty("intUnit", Variant(int16_t{3}));
+  EXPECT_TRUE(options.blnLockBasicInfo);
+  EXPECT_FALSE(options.blnBookVal);
+  EXPECT_EQ(options.intUnit, 3);
+
+  JudgmentStockReportGroup report;
+  report.SetProperty("datSSR8g", Variant("11/22/2026"));
+  report.SetProperty("strSSR0GAP", Variant("1\t2"));
+  EXPECT_GT(report.datSSR8g.serial, 46000);
+  EXPECT_EQ(report.strSSR0GAP, "1\t2");
+
+  YearlyRow year;
+  SetByName(year, "sales", Variant(int32_t{7}));
+  EXPECT_EQ(year.Sales, 7.0f);
+  EXPECT_EQ(year.Year, 0);
+  EXPECT_EQ(year.EPS, 0.0f);
+
+  // A struck-out list holds whatever it is given, an Empty list included.
+  JudgmentGraphGroup graph;
+  EXPECT_TRUE(graph.strYearStrike.IsEmpty());
+  graph.SetProperty("strYearStrike", Variant("1010"));
+  EXPECT_TRUE(graph.strYearStrike.SameAs(Variant("1010")));
+}
+
+TEST(Record, SameRecordAndDifferences) {
+  JudgmentPERTRow a;
+  JudgmentPERTRow b;
+  EXPECT_TRUE(SameRecord(a, b));
+  b.ScaleFactorPositive = 1.5f;
+  b.GraphType = 2;
+  EXPECT_FALSE(SameRecord(a, b));
+  std::string out;
+  EXPECT_FALSE(AppendRecordDifferences(out, "JudgmentPERT(0).", a, b));
+  EXPECT_EQ(out,
+            "JudgmentPERT(0).GraphType: Long(0) vs Long(2)\n"
+            "JudgmentPERT(0).ScaleFactorPositive: Single(0) vs Single(1.5)\n");
+}
+
+TEST(Record, ComparisonAndReportHeadersByName) {
+  Comparison comparison;
+  comparison.SetProperty("comparisonid", Variant("12"));
+  comparison.SetProperty("Name", Variant("Growth"));
+  comparison.SetProperty("studiedsection", Variant(int16_t{4}));
+  comparison.SetProperty("LastUpdate", Variant(Date{40000}));
+  EXPECT_EQ(comparison.ComparisonID, 12);
+  EXPECT_EQ(comparison.Name, "Growth");
+  EXPECT_EQ(comparison.StudiedSection, 4);
+  EXPECT_TRUE(comparison.GetProperty("LASTUPDATE").SameAs(Variant(Date{40000})));
+  EXPECT_EQ(ErrorOf([&] { comparison.SetProperty("StudiedSection", Variant("x")); }),
+            err::kTypeMismatch);
+  EXPECT_EQ(comparison.StudiedSection, 4);
+  EXPECT_EQ(ErrorOf([&] { comparison.GetProperty("Members"); }), err::kNoSuchMember);
+
+  PERTReport report;
+  report.SetProperty("PERTReportID", Variant(int16_t{3}));
+  report.SetProperty("updateperson", Variant("ann"));
+  report.SetProperty("Description", Variant("list"));
+  EXPECT_EQ(report.PERTReportID, 3);
+  EXPECT_EQ(report.UpdatePerson, "ann");
+  EXPECT_TRUE(report.GetProperty("UPDATEPERSON").SameAs(Variant("ann")));
+  EXPECT_TRUE(report.GetProperty("description").SameAs(Variant("list")));
+  EXPECT_EQ(ErrorOf([&] { report.GetProperty("Field27"); }), err::kNoSuchMember);
+}
+
+}  // namespace
+}  // namespace kwx
