@@ -140,7 +140,9 @@ std::string DescribeDifferences(const Company& a, const Company& b) {
   }
   AppendRecordDifferences(out, "", a, b);
   AppendGroupDifferences(out, a.Options, b.Options);
-  if (a.Notes != b.Notes) AppendDifference(out, "", NotesName(), Variant(a.Notes), Variant(b.Notes));
+  if (a.Notes != b.Notes) {
+    AppendDifference(out, "", NotesName(), Variant(a.Notes), Variant(b.Notes));
+  }
   AppendSeriesDifferences(out, YearlyRow::Table().name, a.Yearly, b.Yearly);
   AppendSeriesDifferences(out, QuarterlyRow::Table().name, a.Quarterly, b.Quarterly);
   AppendSeriesDifferences(out, MonthlyRow::Table().name, a.Monthly, b.Monthly);

@@ -100,8 +100,8 @@ void SetByName(Rec& rec, std::string_view name, const Variant& value) {
   SetField(rec, *b, value);
 }
 
-// True when two Variants are structurally the same (SameAs). Single values are compared as
-// values, so a NaN field never equals anything, as with floats.
+// True when two field values are the same: same type and value (Variant::SameAs, under which
+// a NaN equals a NaN, so a study with a NaN still equals its copy).
 bool SameValue(const Variant& a, const Variant& b);
 
 // Appends the line "<prefix><column>: <a> vs <b>\n" describing one differing value.
