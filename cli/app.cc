@@ -48,8 +48,15 @@ int Run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
     out << e.what() << "\n";
     return 0;
   } catch (const CLI::ParseError& e) {
-    err << "kwx: " << e.what() << "\n";
-    if (e.get_name() == "RequiredError" && args.empty()) err << "Run 'kwx --help' for usage.\n";
+    // A word where a command belongs reads better as "unknown command" than as CLI11's
+    // "a subcommand is required".
+    std::vector<std::string> rest = app.remaining();
+    if (e.get_name() == "RequiredError" && !rest.empty() && app.get_subcommands().empty()) {
+      err << "kwx: unknown command '" << rest.front() << "'\n";
+    } else {
+      err << "kwx: " << e.what() << "\n";
+    }
+    err << "Run 'kwx --help' for usage.\n";
     return 2;
   } catch (const CommandError& e) {
     err << "kwx: " << e.what() << "\n";

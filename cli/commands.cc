@@ -6,9 +6,12 @@
 
 namespace kwx::cli {
 
+void AddDatabaseCommands(CLI::App& app, Context& ctx);
+void AddRefCommands(CLI::App& app, Context& ctx);
+
 void AddCommands(CLI::App& app, Context& ctx) {
-  (void)app;
-  (void)ctx;
+  AddDatabaseCommands(app, ctx);
+  AddRefCommands(app, ctx);
 }
 
 }  // namespace kwx::cli

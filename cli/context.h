@@ -3,8 +3,11 @@
 #define KWX_CLI_CONTEXT_H_
 
 #include <iosfwd>
+#include <memory>
 #include <stdexcept>
 #include <string>
+
+#include "loader/kwx_loader.h"
 
 namespace kwx::cli {
 
@@ -34,6 +37,16 @@ struct Context {
   std::istream* in = nullptr;
   std::ostream* out = nullptr;
   std::ostream* err = nullptr;
+
+  // A loader on the chosen platform with no database open (created once).
+  kwxLoader& Loader();
+  // The loader with the database file open; raises CommandError (exit 2) when the file does
+  // not exist or cannot be opened as a database.
+  kwxLoader& OpenLoader();
+
+ private:
+  std::unique_ptr<kwxLoader> loader_;
+  bool open_ = false;
 };
 
 }  // namespace kwx::cli

@@ -1,0 +1,221 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "automation/conversions.h"
+#include "automation/errors.h"
+#include "automation/registry.h"
+#include "automation/safe_array.h"
+#include "loader/kwx_loader.h"
+#include "tests/support/recording_database.h"
+
+namespace kwx {
+namespace {
+
+using testing::QueryResult;
+using testing::RecordingDatabase;
+
+// A data-file double that remembers the ProgID it was created under.
+class TaggedDataFile : public IDataFile {
+ public:
+  explicit TaggedDataFile(std::string prog_id) : prog_id(std::move(prog_id)) {}
+  Variant vntImportB(std::string&) override { return Variant(); }
+  bool blnExport(std::string&, Variant&) override { return false; }
+  std::string prog_id;
+};
+
+class TaggedDatabase : public RecordingDatabase {
+ public:
+  explicit TaggedDatabase(std::string prog_id) : prog_id(std::move(prog_id)) {}
+  std::string prog_id;
+};
+
+// Registers doubles under all four ProgIDs for the test's lifetime.
+struct Doubles {
+  std::shared_ptr<TaggedDatabase> last_database;
+  std::vector<std::unique_ptr<ScopedRegistration>> guards;
+  std::function<void(TaggedDatabase&)> setup;
+
+  Doubles() {
+    for (const char* id : {progid::kDatabase, progid::kDatabaseSP}) {
+      guards.push_back(std::make_unique<ScopedRegistration>(id, [this, id] {
+        last_database = std::make_shared<TaggedDatabase>(id);
+        if (setup) setup(*last_database);
+        return last_database;
+      }));
+    }
+    for (const char* id : {progid::kDataFile, progid::kDataFileSP}) {
+      guards.push_back(std::make_unique<ScopedRegistration>(
+          id, [id] { return std::make_shared<TaggedDataFile>(id); }));
+    }
+  }
+};
+
+std::string ProgIdOf(const kwxLoader& loader) {
+  auto db = std::dynamic_pointer_cast<TaggedDatabase>(loader.database());
+  auto file = std::dynamic_pointer_cast<TaggedDataFile>(loader.reader());
+  return (db ? db->prog_id : "none") + "|" + (file ? file->prog_id : "none");
+}
+
+std::vector<std::string> Texts(const Variant& v) {
+  std::vector<std::string> out;
+  if (!v.IsArray()) return out;
+  for (const Variant& e : v.AsArray().elements()) out.push_back(e.IsEmpty() ? "<empty>" : CStr(e));
+  return out;
+}
+
+TEST(LoaderPlatform, SwitchNormalisesAndAlwaysReplacesTheServiceObjects) {
+  Doubles doubles;
+  kwxLoader loader;
+  EXPECT_EQ(loader.ProgramPlatform(), 0);
+  EXPECT_EQ(ProgIdOf(loader), "iKWX_DB.KWXDB|iKWX_SSG.KWXSSG");
+
+  struct Case {
+    int32_t set;
+    int32_t stored;
+    const char* prog_ids;
+  } cases[] = {
+      {1, 1, "iKWX_SP_DB.KWXDB|iKWX_SP_SSG.KWXSSG"},
+      {2, 0, "iKWX_DB.KWXDB|iKWX_SSG.KWXSSG"},
+      {1, 1, "iKWX_SP_DB.KWXDB|iKWX_SP_SSG.KWXSSG"},
+      {-1, 0, "iKWX_DB.KWXDB|iKWX_SSG.KWXSSG"},
+      {0, 0, "iKWX_DB.KWXDB|iKWX_SSG.KWXSSG"},
+  };
+  for (const Case& c : cases) {
+    loader.ProgramPlatform(c.set);
+    EXPECT_EQ(loader.ProgramPlatform(), c.stored) << "set " << c.set;
+    EXPECT_EQ(ProgIdOf(loader), c.prog_ids) << "set " << c.set;
+  }
+
+  // The same value again still gives a new database object, which has nothing open.
+  auto before = loader.database();
+  loader.ProgramPlatform(0);
+  EXPECT_NE(loader.database(), before);
+}
+
+TEST(LoaderPlatform, MissingProgIdsLeaveTheObjectsUnsetAndCallsFailQuietly) {
+  ScopedRegistration no_db(progid::kDatabase, nullptr);
+  ScopedRegistration no_file(progid::kDataFile, [] () -> ObjectRef { throw std::runtime_error("refused"); });
+  kwxLoader loader;
+  EXPECT_EQ(loader.database(), nullptr);
+  EXPECT_EQ(loader.reader(), nullptr);
+  EXPECT_FALSE(loader.Access_blnOpenDatabase("x.db"));
+  loader.Access_AddSector("Energy");  // no object: nothing happens, nothing raised
+  EXPECT_TRUE(loader.vntSector().IsEmpty());
+  // Compacting is the one member whose failure reaches the caller.
+  EXPECT_THROW(loader.Access_CompactDB("x.db"), AutomationError);
+}
+
+TEST(LoaderCaches, OpenLoadsSectorExchangeDataSourceInOrderAndAFailedOpenKeepsThem) {
+  Doubles doubles;
+  doubles.setup = [](TaggedDatabase& db) {
+    db.Answer("select * from Sector", QueryResult({"SectorID", "Sector"}, {{Variant(4), Variant("Energy")}, {Variant(7), Variant("Banks")}}));
+    db.Answer("select * from Exchange", QueryResult({"exchangeid", "EXCHANGE", "Extra"}, {{Variant(1), Variant("NYSE"), Variant("x")}}));
+    // An empty DataSource table.
+    db.Answer("select * from DataSource", QueryResult({"DataSourceID", "DataSource"}, {}));
+  };
+  kwxLoader loader;
+  EXPECT_TRUE(loader.vntSector().IsEmpty());
+  EXPECT_TRUE(loader.vntTrend().IsEmpty());
+  Variant ids, names;
+  loader.Access_GetSector(ids, names);
+  EXPECT_TRUE(ids.IsEmpty());
+
+  ASSERT_TRUE(loader.Access_blnOpenDatabase("studies.db"));
+  EXPECT_EQ(doubles.last_database->statements,
+            (std::vector<std::string>{"select * from Sector", "select * from Exchange",
+                                      "select * from DataSource"}));
+  EXPECT_EQ(Texts(loader.vntSector()), (std::vector<std::string>{"Energy", "Banks"}));
+  loader.Access_GetSector(ids, names);
+  EXPECT_EQ(Texts(ids), (std::vector<std::string>{"4", "7"}));
+  EXPECT_EQ(Texts(loader.vntExchange()), (std::vector<std::string>{"NYSE"}));
+  // An empty table leaves one empty element in both arrays.
+  loader.Access_GetDataSource(ids, names);
+  EXPECT_EQ(Texts(ids), (std::vector<std::string>{"<empty>"}));
+  EXPECT_EQ(Texts(names), (std::vector<std::string>{"<empty>"}));
+
+  doubles.last_database->open_answer = false;
+  EXPECT_FALSE(loader.Access_blnOpenDatabase("other.db"));
+  EXPECT_EQ(Texts(loader.vntSector()), (std::vector<std::string>{"Energy", "Banks"}));
+  EXPECT_TRUE(loader.vntTrend().IsEmpty());
+}
+
+TEST(LoaderReferenceTables, StatementTextsOfUpdateDeleteAndAdd) {
+  Doubles doubles;
+  kwxLoader loader;
+  auto& db = *doubles.last_database;
+  db.Answer("select * from Exchange", QueryResult({"ExchangeID", "Exchange"}, {{Variant(1), Variant("NYSE")}}));
+  ASSERT_TRUE(loader.Access_blnOpenDatabase("studies.db"));
+  db.statements.clear();
+
+  // ID 0: the update changes no row, so the row is inserted; the cache is reloaded.
+  SafeArray ids = SafeArray::Vector(0, 1);
+  ids(0) = Variant(0);
+  ids(1) = Variant(4);
+  SafeArray names = SafeArray::Vector(0, 1);
+  names(0) = Variant("Energy");
+  names(1) = Variant("  Utilities ");
+  loader.Access_UpdateSector(Variant(ids), Variant(names));
+  EXPECT_EQ(db.statements, (std::vector<std::string>{
+                               "Update Sector   set Sector='Energy' Where SectorID=0;",
+                               "Insert into Sector(Sector)     select 'Energy';",
+                               "Update Sector   set Sector='Utilities' Where SectorID=4;",
+                               "Insert into Sector(Sector)     select 'Utilities';",
+                               "select * from Sector"}));
+
+  db.statements.clear();
+  loader.Access_DeleteExchange(Variant(ids));
+  EXPECT_EQ(db.statements, (std::vector<std::string>{"Delete * From Exchange Where ExchangeID=0;",
+                                                     "Delete * From Exchange Where ExchangeID=4;",
+                                                     "select * from Exchange"}));
+
+  // The cache comparison ignores case but not blanks: " NYSE " is not found and is inserted
+  // trimmed; the insert's answer (True here) makes the cache reload.
+  db.statements.clear();
+  loader.Access_AddExchange("nyse");
+  loader.Access_AddExchange(" NYSE ");
+  EXPECT_EQ(db.statements, (std::vector<std::string>{"insert into Exchange(Exchange) select 'NYSE'",
+                                                     "select * from Exchange"}));
+
+  // Industries are never cached: the name is looked up in the database.
+  db.statements.clear();
+  loader.Access_AddIndustry("Banks");
+  EXPECT_EQ(db.statements,
+            (std::vector<std::string>{"select IndustryID  from Industry where Industry='Banks'",
+                                      "insert into Industry (IndustryCode, Industry) select 0,'Banks'"}));
+
+  // Rows of unequal arrays: the loop stops at the first missing name.
+  db.statements.clear();
+  SafeArray one_name = SafeArray::Vector(0, 0);
+  one_name(0) = Variant("Energy");
+  loader.Access_UpdateIndustry(Variant(ids), Variant(one_name));
+  ASSERT_GE(db.statements.size(), 1u);
+  EXPECT_EQ(db.statements.front(), "Update Industry   set Industry='Energy' Where IndustryID=0;");
+  for (const auto& s : db.statements) EXPECT_EQ(s.find("IndustryID=4"), std::string::npos) << s;
+}
+
+TEST(LoaderReferenceTables, AddBeforeOpenLooksUpTheDatabase) {
+  Doubles doubles;
+  kwxLoader loader;
+  auto& db = *doubles.last_database;
+  db.Answer("select SectorID  from Sector", QueryResult({"SectorID"}, {{Variant(3)}}));
+  loader.Access_AddSector("Energy");
+  EXPECT_EQ(db.statements,
+            (std::vector<std::string>{"select SectorID  from Sector where Sector='Energy'"}));
+}
+
+TEST(LoaderReferenceTables, VntIndustryReadsTheDatabaseEveryTime) {
+  Doubles doubles;
+  kwxLoader loader;
+  auto& db = *doubles.last_database;
+  db.Answer("select * from Industry",
+            QueryResult({"IndustryID", "IndustryCode", "Industry"}, {{Variant(1), Variant(12), Variant("Banks")}}));
+  EXPECT_EQ(Texts(loader.vntIndustry()), (std::vector<std::string>{"Banks"}));
+  EXPECT_EQ(Texts(loader.vntIndustry()), (std::vector<std::string>{"Banks"}));
+  EXPECT_EQ(db.statements.size(), 2u);
+}
+
+}  // namespace
+}  // namespace kwx
