@@ -3,6 +3,8 @@
 #include <sstream>
 
 #include "automation/conversions.h"
+#include "automation/safe_array.h"
+#include "automation/text.h"
 
 namespace kwx {
 
@@ -15,6 +17,33 @@ void ConvertInto(const Variant& value, int32_t& out) { out = CLng(value); }
 void ConvertInto(const Variant& value, bool& out) { out = CBool(value); }
 void ConvertInto(const Variant& value, Date& out) { out = CDate(value); }
 void ConvertInto(const Variant& value, Variant& out) { out = value; }
+
+Variant FlagsFrom(const Variant& value) {
+  switch (value.type()) {
+    case VarType::Empty:
+    case VarType::Null:
+      return Variant();
+    case VarType::String: {
+      const std::string& text = value.AsString();
+      if (text.empty()) return Variant();
+      const auto count = static_cast<int32_t>(Len(text));
+      SafeArray flags = SafeArray::Vector(1, count);
+      for (int32_t k = 1; k <= count; ++k) flags(k) = Variant(Mid(text, static_cast<size_t>(k), 1) == "1");
+      return Variant(std::move(flags));
+    }
+    case VarType::Array: {
+      const SafeArray& items = value.AsArray();
+      if (items.dims() != 1) throw AutomationError(err::kTypeMismatch);
+      SafeArray flags = SafeArray::Vector(1, items.Count());
+      for (int32_t k = 0; k < items.Count(); ++k) {
+        flags(k + 1) = Variant(CBool(items(items.LBound() + k)));
+      }
+      return Variant(std::move(flags));
+    }
+    default:
+      throw AutomationError(err::kTypeMismatch);
+  }
+}
 
 bool SameFieldName(std::string_view column, std::string_view name) noexcept {
   // Column names are ASCII, so a byte-wise ASCII fold is exact and cannot throw.

@@ -56,6 +56,14 @@ void ConvertInto(const Variant& value, bool& out);
 void ConvertInto(const Variant& value, Date& out);
 void ConvertInto(const Variant& value, Variant& out);
 
+// A struck-out item list in its one in-memory shape: a Boolean array whose element 1 is the
+// first item. Accepts such an array, an array of any lower bound (the first element becomes
+// element 1; elements converted by CBool), or a text of digits as the database keeps it ("0110":
+// an element per character, True for "1"). Empty, Null and "" give Empty. Raises
+// err::kTypeMismatch for other values and the conversion's error for an element that is no
+// Boolean.
+Variant FlagsFrom(const Variant& value);
+
 // The value of one field as a Variant of the member's type (String, Single, Integer, Long,
 // Boolean, Date, or the held Variant itself).
 template <class Rec>
@@ -67,6 +75,20 @@ Variant GetField(const Rec& rec, const FieldBinding<Rec>& binding) {
 // and leaves the field unchanged when the value is rejected.
 template <class Rec>
 void SetField(Rec& rec, const FieldBinding<Rec>& binding, const Variant& value) {
+  if (binding.column.type == ColumnType::Flags) {
+    // Every way into a struck-out list (a file's zero-based list, the database's digit text)
+    // ends in the one shape, so saving writes every item and loading gives back the same list.
+    std::visit(
+        [&](auto member) {
+          if constexpr (std::is_same_v<decltype(rec.*member), Variant&>) {
+            rec.*member = FlagsFrom(value);
+          } else {
+            ConvertInto(value, rec.*member);
+          }
+        },
+        binding.member);
+    return;
+  }
   std::visit([&](auto member) { ConvertInto(value, rec.*member); }, binding.member);
 }
 
