@@ -4,6 +4,7 @@
 
 #include "automation/registry.h"
 #include "automation/services.h"
+#include "services/data_file.h"
 #include "services/sqlite_database.h"
 
 namespace kwx {
@@ -13,6 +14,9 @@ void RegisterBuiltinServices() {
   // Both platform builds use the same database object: the schema serves both.
   for (const char* prog_id : {progid::kDatabase, progid::kDatabaseSP}) {
     registry.RegisterIfAbsent(prog_id, [] { return std::make_shared<SqliteDatabase>(); });
+  }
+  for (const char* prog_id : {progid::kDataFile, progid::kDataFileSP}) {
+    registry.RegisterIfAbsent(prog_id, [] { return std::make_shared<DataFile>(); });
   }
 }
 
