@@ -1,0 +1,383 @@
+#include "compute/compute_defaults.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "automation/conversions.h"
+#include "automation/errors.h"
+#include "automation/registry.h"
+#include "automation/services.h"
+
+namespace kwx {
+namespace {
+
+// Factor per series kind, distinct so a test can tell which series fed which field.
+float FactorOf(int32_t kind) { return 0.5f + static_cast<float>(kind); }
+// Output position p of the growth line of `kind` answers 1000 * (kind + 1) + p.
+float OutputOf(int32_t kind, int position) {
+  return static_cast<float>(1000 * (kind + 1) + position);
+}
+
+struct ComputeLog {
+  std::vector<std::string> created;              // ProgIDs, in creation order
+  std::vector<int32_t> normalized;               // kinds passed to sngNormalize
+  std::vector<std::pair<int32_t, float>> lines;  // (kind, factor) passed to DefaultGrowthLine
+  std::set<int32_t> failing_normalize;           // kinds whose sngNormalize raises
+  std::set<int32_t> failing_line;                // kinds whose DefaultGrowthLine raises
+};
+
+class ScriptedCompute : public ICompute {
+ public:
+  explicit ScriptedCompute(ComputeLog& log) : log_(log) {}
+  float sngNormalize(const Variant& series, int32_t kind, bool flag) override {
+    EXPECT_TRUE(series.IsArray());
+    EXPECT_TRUE(flag);
+    log_.normalized.push_back(kind);
+    if (log_.failing_normalize.count(kind)) throw AutomationError(err::kOverflow);
+    return FactorOf(kind);
+  }
+  void DefaultGrowthLine(float& factor, int32_t kind, const Variant& series,
+                         std::array<float, 15>& outputs) override {
+    EXPECT_TRUE(series.IsArray());
+    log_.lines.emplace_back(kind, factor);
+    if (log_.failing_line.count(kind)) throw AutomationError(err::kNoSuchMember);
+    for (int p = 4; p <= 18; ++p) outputs[p - 4] = OutputOf(kind, p);
+  }
+
+ private:
+  ComputeLog& log_;
+};
+
+struct ValueLog {
+  int calls = 0;
+  std::string seen_name;                 // strName of the company it was handed
+  std::shared_ptr<Company> replacement;  // put into the argument when set
+  bool fail = false;
+};
+
+class ScriptedValue : public IValue {
+ public:
+  explicit ScriptedValue(ValueLog& log) : log_(log) {}
+  float sngCommonDiv(Variant& company) override {
+    ++log_.calls;
+    auto* c = dynamic_cast<Company*>(company.AsObject().get());
+    if (c != nullptr) log_.seen_name = c->strName;
+    if (log_.replacement) company = Variant(ObjectRef(log_.replacement));
+    if (log_.fail) throw AutomationError(err::kDivisionByZero);
+    return 0.88f;
+  }
+
+ private:
+  ValueLog& log_;
+};
+
+// Doubles under all four ProgIDs; a ProgID left out of `available` creates nothing.
+struct Doubles {
+  ComputeLog compute;
+  ValueLog value;
+  std::vector<std::unique_ptr<ScopedRegistration>> guards;
+
+  explicit Doubles(std::set<std::string> available = {progid::kCompute, progid::kComputeSP,
+                                                      progid::kValue, progid::kValueSP}) {
+    for (const char* id : {progid::kCompute, progid::kComputeSP}) {
+      const bool on = available.count(id) > 0;
+      guards.push_back(std::make_unique<ScopedRegistration>(id, [this, id, on]() -> ObjectRef {
+        compute.created.push_back(id);
+        if (!on) return nullptr;
+        return std::make_shared<ScriptedCompute>(compute);
+      }));
+    }
+    for (const char* id : {progid::kValue, progid::kValueSP}) {
+      const bool on = available.count(id) > 0;
+      guards.push_back(std::make_unique<ScopedRegistration>(id, [this, id, on]() -> ObjectRef {
+        compute.created.push_back(id);
+        if (!on) return nullptr;
+        return std::make_shared<ScriptedValue>(value);
+      }));
+    }
+  }
+};
+
+float GraphField(const Company& c, const char* name) {
+  return CSng(c.JudgmentGraph.GetProperty(name));
+}
+
+TEST(ComputeDefaults, FillsEachZeroFieldFromItsOutputPosition) {
+  Doubles doubles;
+  Company c;
+  c.sngACS = 1.2f;
+  c.sngCSO = 1.0f;
+  ComputeDefaults(c, 0);
+
+  struct Case {
+    const char* field;
+    float expected;
+  };
+  const Case graph_cases[] = {
+      {"sngFactorRev", FactorOf(1)},
+      {"sngFactorEPS", FactorOf(0)},
+      {"sngFactorPTI", FactorOf(2)},
+      {"sngFactorPrice52W", FactorOf(3)},
+      {"sngRevProjLabel1Y", OutputOf(1, 9)},
+      {"sngRevProjLabel1X", OutputOf(1, 10)},
+      {"sngRevProjLabel2Y", OutputOf(1, 11)},
+      {"sngRevProjLabel2X", OutputOf(1, 12)},
+      {"sngRevProjY1", OutputOf(1, 13)},
+      {"sngRevProjY2", OutputOf(1, 14)},
+      {"sngRevTrendX1", OutputOf(1, 15)},
+      {"sngRevTrendY1", OutputOf(1, 16)},
+      {"sngRevTrendX2", OutputOf(1, 17)},
+      {"sngRevTrendY2", OutputOf(1, 18)},
+      {"sngEPSProjLabel1Y", OutputOf(0, 9)},
+      {"sngEPSProjLabel1X", OutputOf(0, 10)},
+      {"sngEPSProjLabel2Y", OutputOf(0, 11)},
+      {"sngEPSProjLabel2X", OutputOf(0, 12)},
+      {"sngEPSProjY1", OutputOf(0, 13)},
+      {"sngEPSProjY2", OutputOf(0, 14)},
+      {"sngEPSTrendX1", OutputOf(0, 15)},
+      {"sngEPSTrendY1", OutputOf(0, 16)},
+      {"sngEPSTrendX2", OutputOf(0, 17)},
+      {"sngEPSTrendY2", OutputOf(0, 18)},
+      // Not filled by this routine at all.
+      {"sngEPSMinProjY1", 0},
+      {"sngEPSMinProjY2", 0},
+  };
+  for (const Case& k : graph_cases) EXPECT_EQ(GraphField(c, k.field), k.expected) << k.field;
+
+  EXPECT_EQ(c.sngRevProjGrRate, OutputOf(1, 4));
+  EXPECT_EQ(c.sngRevHistGrowth, OutputOf(1, 5));
+  EXPECT_EQ(c.sngRevHist5YrGrR2, 0) << "the revenue R-squared is not stored";
+  EXPECT_EQ(c.sngEPSProjGrRate, OutputOf(0, 4));
+  EXPECT_EQ(c.sngEPSHistGrowth, OutputOf(0, 5));
+  EXPECT_EQ(c.sngEPSHist5YrGrR2, OutputOf(0, 6));
+  EXPECT_EQ(c.sngCommDiv, 0.88f);
+  EXPECT_EQ(c.sngPotDilution, 1.2f - 1.0f);
+  EXPECT_NEAR(c.sngPotDilution, 0.2, 1e-6);
+
+  EXPECT_EQ(doubles.compute.normalized, (std::vector<int32_t>{1, 0, 2, 3}));
+  EXPECT_EQ(doubles.compute.created, (std::vector<std::string>{progid::kCompute, progid::kValue}));
+}
+
+TEST(ComputeDefaults, KeepsWhatTheAnalystSetButReplacesThreeFactors) {
+  Doubles doubles;
+  Company c;
+  c.JudgmentGraph.sngFactorRev = 7;
+  c.JudgmentGraph.sngFactorEPS = 7;
+  c.JudgmentGraph.sngFactorPTI = 7;
+  c.JudgmentGraph.sngFactorPrice52W = 7;
+  c.JudgmentGraph.sngRevTrendY2 = -3;
+  c.JudgmentGraph.sngEPSProjLabel2X = 4;
+  c.sngRevHistGrowth = 12.5f;
+  c.sngEPSProjGrRate = 9;
+  c.sngEPSHist5YrGrR2 = 0.5f;
+  c.sngCommDiv = 0.25f;
+  ComputeDefaults(c, 0);
+
+  EXPECT_EQ(c.JudgmentGraph.sngFactorRev, 7);
+  EXPECT_EQ(c.JudgmentGraph.sngFactorEPS, FactorOf(0));
+  EXPECT_EQ(c.JudgmentGraph.sngFactorPTI, FactorOf(2));
+  EXPECT_EQ(c.JudgmentGraph.sngFactorPrice52W, FactorOf(3));
+  EXPECT_EQ(c.JudgmentGraph.sngRevTrendY2, -3);
+  EXPECT_EQ(c.JudgmentGraph.sngEPSProjLabel2X, 4);
+  EXPECT_EQ(c.JudgmentGraph.sngRevTrendX2, OutputOf(1, 17));
+  EXPECT_EQ(c.sngRevHistGrowth, 12.5f);
+  EXPECT_EQ(c.sngRevProjGrRate, OutputOf(1, 4));
+  EXPECT_EQ(c.sngEPSProjGrRate, 9);
+  EXPECT_EQ(c.sngEPSHistGrowth, OutputOf(0, 5));
+  EXPECT_EQ(c.sngEPSHist5YrGrR2, 0.5f);
+  EXPECT_EQ(c.sngCommDiv, 0.25f);
+  EXPECT_EQ(doubles.value.calls, 0) << "a set common dividend is not asked for";
+  // The growth lines run on the freshly computed factors, not on the stored revenue factor.
+  const std::vector<std::pair<int32_t, float>> lines = {{1, FactorOf(1)}, {0, FactorOf(0)}};
+  EXPECT_EQ(doubles.compute.lines, lines);
+}
+
+TEST(ComputeDefaults, DilutionIsAFractionRecomputedEveryTime) {
+  struct Case {
+    float acs, cso, before, expected;
+  };
+  const Case cases[] = {
+      {1.2f, 1.0f, 20.0f, 1.2f - 1.0f}, {0.8f, 1.0f, 0.0f, 0.8f - 1.0f},  // no clamping of a
+                                                                          // negative dilution
+      {3.0f, 2.0f, 0.0f, 0.5f},         {0.0f, 1.0f, 5.0f, 0.0f},        {1.0f, 0.0f, 5.0f, 0.0f},
+      {-1.0f, 2.0f, 5.0f, -1.5f},  // negative operands are not checked
+  };
+  for (const Case& k : cases) {
+    Doubles doubles;
+    Company c;
+    c.sngACS = k.acs;
+    c.sngCSO = k.cso;
+    c.sngPotDilution = k.before;
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(c.sngPotDilution, k.expected) << k.acs << " / " << k.cso;
+  }
+}
+
+TEST(ComputeDefaults, CallingTwiceEqualsCallingOnce) {
+  Doubles doubles;
+  Company once;
+  once.strName = "Twice Inc";
+  once.sngACS = 2;
+  once.sngCSO = 1.5f;
+  Company twice = once;
+  ComputeDefaults(once, 0);
+  ComputeDefaults(twice, 0);
+  ComputeDefaults(twice, 0);
+  EXPECT_EQ(DescribeDifferences(once, twice), "");
+}
+
+TEST(ComputeDefaults, WithoutAComputeObjectTheStudyIsUntouched) {
+  Doubles doubles({progid::kValue, progid::kValueSP});
+  Company c;
+  c.sngACS = 1.2f;
+  c.sngCSO = 1.0f;
+  c.sngPotDilution = 20;
+  const Company before = c;
+  ComputeDefaults(c, 0);
+  EXPECT_EQ(DescribeDifferences(before, c), "");
+  EXPECT_EQ(doubles.compute.created, std::vector<std::string>{progid::kCompute})
+      << "the value object is not even tried";
+}
+
+TEST(ComputeDefaults, WithoutAValueObjectTheComputeStepsStand) {
+  Doubles doubles({progid::kCompute, progid::kComputeSP});
+  Company c;
+  c.sngACS = 1.2f;
+  c.sngCSO = 1.0f;
+  c.sngPotDilution = 20;
+  ComputeDefaults(c, 0);
+  EXPECT_EQ(c.JudgmentGraph.sngFactorPrice52W, FactorOf(3));
+  EXPECT_EQ(c.sngEPSHist5YrGrR2, OutputOf(0, 6));
+  EXPECT_EQ(c.sngCommDiv, 0);
+  EXPECT_EQ(c.sngPotDilution, 20) << "the dilution needs the value object's step to run";
+}
+
+TEST(ComputeDefaults, SPPlatformTriesOnlyTheSPProgIDs) {
+  {
+    Doubles doubles;
+    Company c;
+    ComputeDefaults(c, 1);
+    EXPECT_EQ(doubles.compute.created,
+              (std::vector<std::string>{progid::kComputeSP, progid::kValueSP}));
+    EXPECT_EQ(c.sngCommDiv, 0.88f);
+  }
+  {
+    // The plain objects exist, the SP ones do not: nothing falls back.
+    Doubles doubles({progid::kCompute, progid::kValue});
+    Company c;
+    const Company before = c;
+    ComputeDefaults(c, 1);
+    EXPECT_EQ(doubles.compute.created, std::vector<std::string>{progid::kComputeSP});
+    EXPECT_EQ(DescribeDifferences(before, c), "");
+  }
+  {
+    // Any platform other than 1 is the plain one.
+    Doubles doubles;
+    Company c;
+    ComputeDefaults(c, 2);
+    EXPECT_EQ(doubles.compute.created,
+              (std::vector<std::string>{progid::kCompute, progid::kValue}));
+  }
+}
+
+TEST(ComputeDefaults, AFailingMemberSkipsOnlyItsOwnStatement) {
+  {
+    // Every growth line fails: the lines stay zero, the factors and the dividend still come.
+    Doubles doubles;
+    doubles.compute.failing_line = {0, 1};
+    Company c;
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(c.JudgmentGraph.sngRevProjY1, 0);
+    EXPECT_EQ(c.JudgmentGraph.sngEPSTrendY2, 0);
+    EXPECT_EQ(c.sngRevProjGrRate, 0);
+    EXPECT_EQ(c.JudgmentGraph.sngFactorRev, FactorOf(1));
+    EXPECT_EQ(c.JudgmentGraph.sngFactorPrice52W, FactorOf(3));
+    EXPECT_EQ(c.sngCommDiv, 0.88f);
+  }
+  {
+    // The EPS line fails after the revenue line worked: its outputs still hold the revenue
+    // pass's values, and those fill the zero EPS fields.
+    Doubles doubles;
+    doubles.compute.failing_line = {0};
+    Company c;
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(c.JudgmentGraph.sngEPSProjY1, OutputOf(1, 13));
+    EXPECT_EQ(c.sngEPSHist5YrGrR2, OutputOf(1, 6));
+  }
+  {
+    // A failing normalisation keeps the factor it would have replaced; the EPS line then runs
+    // on the revenue factor still held.
+    Doubles doubles;
+    doubles.compute.failing_normalize = {0, 2};
+    Company c;
+    c.JudgmentGraph.sngFactorEPS = 6;
+    c.JudgmentGraph.sngFactorPTI = 6;
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(c.JudgmentGraph.sngFactorEPS, 6);
+    EXPECT_EQ(c.JudgmentGraph.sngFactorPTI, 6);
+    EXPECT_EQ(c.JudgmentGraph.sngFactorPrice52W, FactorOf(3));
+    ASSERT_EQ(doubles.compute.lines.size(), 2u);
+    EXPECT_EQ(doubles.compute.lines[1].second, FactorOf(1));
+  }
+  {
+    // A failing revenue normalisation leaves the local factor at 0, which fills nothing.
+    Doubles doubles;
+    doubles.compute.failing_normalize = {1};
+    Company c;
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(c.JudgmentGraph.sngFactorRev, 0);
+    EXPECT_EQ(doubles.compute.lines[0].second, 0);
+  }
+}
+
+TEST(ComputeDefaults, TheValueObjectSeesTheStudyAndMayReplaceIt) {
+  {
+    Doubles doubles;
+    Company c;
+    c.strName = "Acme";
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(doubles.value.seen_name, "Acme");
+  }
+  {
+    // A study the host holds in a shared_ptr is handed over with that ownership.
+    Doubles doubles;
+    auto shared = std::make_shared<Company>();
+    shared->strName = "Shared";
+    ComputeDefaults(*shared, 0);
+    EXPECT_EQ(doubles.value.seen_name, "Shared");
+    EXPECT_EQ(shared.use_count(), 1);
+  }
+  {
+    Doubles doubles;
+    doubles.value.replacement = std::make_shared<Company>();
+    doubles.value.replacement->strName = "Other";
+    doubles.value.replacement->sngACS = 3;
+    doubles.value.replacement->sngCSO = 2;
+    Company c;
+    c.strName = "Acme";
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(c.strName, "Other");
+    EXPECT_EQ(c.sngCommDiv, 0.88f) << "the dividend lands in the study the caller ends with";
+    EXPECT_EQ(c.sngPotDilution, 0.5f);
+  }
+  {
+    // The replacement stands even when the member then fails; the dividend does not.
+    Doubles doubles;
+    doubles.value.replacement = std::make_shared<Company>();
+    doubles.value.replacement->strName = "Other";
+    doubles.value.fail = true;
+    Company c;
+    ComputeDefaults(c, 0);
+    EXPECT_EQ(c.strName, "Other");
+    EXPECT_EQ(c.sngCommDiv, 0);
+  }
+}
+
+}  // namespace
+}  // namespace kwx
