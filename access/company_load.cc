@@ -1,0 +1,254 @@
+#include "access/company_load.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "access/company_tables_internal.h"
+#include "access/sql_text.h"
+#include "automation/conversions.h"
+#include "automation/dates.h"
+#include "common/helpers.h"
+#include "model/fiscal_dates.h"
+#include "model/schema.h"
+
+namespace kwx {
+namespace {
+
+using company_internal::CachedIds;
+using company_internal::CachedNames;
+using company_internal::CompanyParameter;
+using company_internal::CompanyReferences;
+using company_internal::ForEachJudgmentGroup;
+using company_internal::QueryRows;
+using company_internal::RowSet;
+using company_internal::UsedOn;
+
+// The tables of the joined judgment query with their aliases, in the order of its FROM list;
+// the platform filter leaves JA, JC, JG, JP, JR (plain) or JA, JR, JG, JP (SP). The aliases
+// are part of the stored statement texts.
+struct JoinedTable {
+  TableId id;
+  const char* alias;
+};
+constexpr JoinedTable kJudgmentJoin[] = {
+    {TableId::JudgmentAnalysis, "JA"},   {TableId::JudgmentCheckList, "JC"},
+    {TableId::JudgmentAssessment, "JR"}, {TableId::JudgmentGraph, "JG"},
+    {TableId::JudgmentPrefProc, "JP"},   {TableId::JudgmentStockReport, "JR"},
+};
+
+std::string JudgmentQuerySql(bool sp, int32_t id) {
+  std::vector<const JoinedTable*> joined;
+  for (const JoinedTable& t : kJudgmentJoin) {
+    if (UsedOn(GetTable(t.id).platform, sp)) joined.push_back(&t);
+  }
+  const std::string key(GetTable(TableId::JudgmentAnalysis).key);
+  const std::string id_text = std::to_string(id);
+  std::string from;
+  std::string where;
+  for (size_t i = 0; i < joined.size(); ++i) {
+    const bool last = i + 1 == joined.size();
+    from.append(i == 0 ? "  FROM " : "       ").append(GetTable(joined[i]->id).name);
+    // The SP statement has always ended its table list with a blank, the plain one without.
+    from.append(" AS ").append(joined[i]->alias).append(last ? (sp ? " " : "") : ", ");
+    where.append(i == 0 ? " WHERE " : "   and ").append(joined[i]->alias).append(".");
+    where.append(key).append(" = ").append(id_text);
+  }
+  return "SELECT *" + from + where;
+}
+
+// The value of a column of type `type` as the property takes it: texts (and the text forms of
+// flags and variants) with the apostrophe substitution undone, a reference's row ID as its
+// text. Answers Null for a stored Null the property does not take.
+Variant ReadableValue(const Variant& stored, ColumnType type) {
+  switch (type) {
+    case ColumnType::Text:
+    case ColumnType::Reference:
+      return Variant(TextFromSql(stored));
+    case ColumnType::Flags:
+    case ColumnType::Variant:
+      return stored.type() == VarType::String ? Variant(TextFromSql(stored)) : stored;
+    default:
+      return stored;
+  }
+}
+
+// Sets every column of `rec` the platform uses from row `row`, each read by its own name.
+template <class Rec>
+void MapRow(Rec& rec, const RowSet& rows, int32_t row, bool sp) {
+  for (const auto& binding : Rec::Bindings()) {
+    if (!UsedOn(binding.column.platform, sp)) continue;
+    Variant value = ReadableValue(FieldValue(binding.column.name, rows.fields, rows.data, row),
+                                  binding.column.type);
+    if (value.IsNull()) continue;
+    SetField(rec, binding, value);
+  }
+}
+
+void ParseCompany(const StoreContext& store, const RowSet& rows, Company& company) {
+  try {
+    const Variant id = FieldValue(Company::Table().key, rows.fields, rows.data, 0);
+    if (!id.IsNull()) company.CompanyID = CLng(id);
+    MapRow(company, rows, 0, store.sp());
+
+    const int16_t year_after_fy =
+        static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
+    const Variant pmg_fy = FieldValue("intLatestPMGFY", rows.fields, rows.data, 0);
+    company.intLatestPMGFY =
+        IsNumeric(pmg_fy) ? std::min(CInt(pmg_fy), year_after_fy) : year_after_fy;
+
+    // The same derivation the KWX import uses when a file carries no month.
+    if (!IsValidDate(company.datLatestMData)) {
+      company.datLatestMData = LatestMonthlyDataFrom(company.datLastFY);
+    }
+  } catch (...) {
+    store.ReportCurrent("m_ParseCompany");
+  }
+}
+
+void ParseOptions(const StoreContext& store, const RowSet& rows, Company& company) {
+  try {
+    MapRow(company.Options, rows, 0, store.sp());
+  } catch (...) {
+    store.ReportCurrent("m_ParseOptions");
+  }
+}
+
+// The company record, notes and options. True when the record's row came back.
+bool QueryCompany(const StoreContext& store, int32_t id, std::string_view symbol,
+                  int32_t exchange_id, Company& company) {
+  try {
+    if (id < 1 && (symbol.empty() || exchange_id < 1)) return false;
+    const std::string key(Company::Table().key);
+    std::string sql = LoadTableSql(Company::Table().name);
+    if (id >= 1) {
+      sql.append(" where ").append(key).append(" = ").append(std::to_string(id));
+    } else {
+      sql.append(" where strSymbol = ").append(QuoteSQLText(symbol));
+      sql.append("   and ExchangeID = ").append(std::to_string(exchange_id));
+    }
+    IDatabase& db = store.database();
+    RowSet rows;
+    if (!QueryRows(db, sql, rows)) return false;
+    ParseCompany(store, rows, company);
+    if (company.CompanyID <= 0) return true;
+
+    const std::string where = " where " + key + " = " + std::to_string(company.CompanyID);
+    const TableDef& notes = GetTable(TableId::Notes);
+    const std::string_view notes_column = notes.columns[0].name;
+    RowSet note;
+    std::string notes_sql = "select ";
+    notes_sql.append(notes_column).append(" from ").append(notes.name).append(where);
+    if (QueryRows(db, notes_sql, note)) {
+      company.Notes = TextFromSql(FieldValue(notes_column, note.fields, note.data, 0));
+    }
+
+    RowSet options;
+    if (QueryRows(db, LoadTableSql(OptionsGroup::Table().name) + where, options)) {
+      ParseOptions(store, options, company);
+    }
+    return true;
+  } catch (...) {
+    store.ReportCurrent("", CompanyParameter(id));
+    return false;
+  }
+}
+
+void QueryJudgment(const StoreContext& store, Company& company) {
+  if (company.CompanyID <= 0) return;
+  try {
+    RowSet rows;
+    if (!QueryRows(store.database(), JudgmentQuerySql(store.sp(), company.CompanyID), rows)) {
+      return;
+    }
+    try {
+      // A column name shared by two joined tables reads from the first; only CompanyID is.
+      ForEachJudgmentGroup(company, store.sp(),
+                           [&](auto& group) { MapRow(group, rows, 0, store.sp()); });
+    } catch (...) {
+      store.ReportCurrent("m_ParseJudgment");
+    }
+  } catch (...) {
+    store.ReportCurrent("mdlAccess_QueryJudgment", CompanyParameter(company.CompanyID));
+  }
+}
+
+// One series: as many elements as rows came back, row 0 the first element. A query with no
+// rows leaves the series as it was; so does a row that cannot be read.
+template <class Row>
+void QuerySeries(const StoreContext& store, int32_t id, std::vector<Row>& series,
+                 const char* query_location, const char* parse_location) {
+  try {
+    const TableDef& table = Row::Table();
+    std::string sql = LoadTableSql(table.name);
+    sql.append(" where CompanyID = ").append(std::to_string(id)).append(table.load_order);
+    RowSet rows;
+    if (!QueryRows(store.database(), sql, rows)) return;
+    try {
+      const int32_t first = rows.data.AsArray().LBound(1);
+      std::vector<Row> loaded(static_cast<size_t>(rows.Count()));
+      for (size_t i = 0; i < loaded.size(); ++i) {
+        MapRow(loaded[i], rows, first + static_cast<int32_t>(i), store.sp());
+      }
+      series = std::move(loaded);
+    } catch (...) {
+      store.ReportCurrent(parse_location);
+    }
+  } catch (...) {
+    store.ReportCurrent(query_location, CompanyParameter(id));
+  }
+}
+
+// Replaces the row IDs the record brought with the names of those rows.
+void ResolveNames(const StoreContext& store, Company& company) {
+  for (const auto& reference : CompanyReferences(*store.caches)) {
+    try {
+      const FieldBinding<Company>* binding = FindField(Company::Bindings(), reference.column());
+      const Variant stored = GetField(company, *binding);
+      const int32_t id = IsNumeric(stored) ? CLng(stored) : 0;
+      const ReferenceTable& t = *reference.table;
+      SetField(company, *binding,
+               Variant(LookupNameByID(id, t.id_column, t.name_column, t.table,
+                                      CachedIds(reference), CachedNames(reference),
+                                      store.database())));
+    } catch (...) {
+      store.ReportCurrent("", CompanyParameter(company.CompanyID));
+    }
+  }
+}
+
+}  // namespace
+
+void LoadCompany(const StoreContext& store, int32_t lngCompanyID, std::string_view strSymbol,
+                 std::string_view strExchange, Company& company) noexcept {
+  int32_t exchange_id = 0;
+  if (lngCompanyID < 1) {
+    if (strSymbol.empty() || strExchange.empty()) return;
+    try {
+      exchange_id = LookupIDByName(strExchange, kExchangeTable.id_column,
+                                   kExchangeTable.name_column, kExchangeTable.table,
+                                   store.caches->exchange.ids, store.caches->exchange.names,
+                                   store.database());
+    } catch (...) {
+      store.ReportCurrent("", CompanyParameter(lngCompanyID));
+    }
+    if (exchange_id < 1) return;
+  }
+
+  const bool found = QueryCompany(store, lngCompanyID, strSymbol, exchange_id, company);
+  QueryJudgment(store, company);
+  QuerySeries(store, company.CompanyID, company.Yearly, "mdlAccess_QueryYearly",
+              "m_ParseYearly");
+  QuerySeries(store, company.CompanyID, company.Monthly, "mdlAccess_QueryMonthly",
+              "m_ParseMonthly");
+  QuerySeries(store, company.CompanyID, company.Quarterly, "mdlAccess_QueryQuarterly",
+              "m_ParseQuarterly");
+  // The caller's ID, not the record's: a study found by symbol reads no PMG or PERT rows.
+  QuerySeries(store, lngCompanyID, company.JudgmentPMG, "mdlAccess_QueryPMG", "m_ParsePMG");
+  QuerySeries(store, lngCompanyID, company.JudgmentPERT, "mdlAccess_QueryPERT", "m_ParsePERT");
+  // A study that was not found still holds names, not IDs.
+  if (found) ResolveNames(store, company);
+}
+
+}  // namespace kwx

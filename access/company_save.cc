@@ -1,0 +1,383 @@
+#include "access/company_save.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "access/company_tables_internal.h"
+#include "access/sql_text.h"
+#include "automation/conversions.h"
+#include "automation/dates.h"
+#include "model/fiscal_dates.h"
+#include "model/schema.h"
+
+namespace kwx {
+namespace {
+
+using company_internal::CachedIds;
+using company_internal::CachedNames;
+using company_internal::CompanyParameter;
+using company_internal::CompanyReferences;
+using company_internal::ForEachJudgmentGroup;
+using company_internal::QueryRows;
+using company_internal::RowSet;
+using company_internal::UsedOn;
+
+// The column every per-company and series table ties its rows to the company with.
+std::string_view CompanyKey() { return Company::Table().key; }
+
+template <class Rec>
+using Columns = std::vector<const FieldBinding<Rec>*>;
+
+// The columns of `Rec` the platform writes, in update order or (`insert_order`) by their
+// insert positions.
+template <class Rec>
+Columns<Rec> ColumnsOf(bool sp, bool insert_order = false) {
+  Columns<Rec> columns;
+  for (const auto& binding : Rec::Bindings()) {
+    if (UsedOn(binding.column.platform, sp)) columns.push_back(&binding);
+  }
+  if (insert_order) {
+    std::stable_sort(columns.begin(), columns.end(), [](const auto* a, const auto* b) {
+      return a->column.insert_position < b->column.insert_position;
+    });
+  }
+  return columns;
+}
+
+// A field written by the rule of its column type.
+template <class Rec>
+std::string PlainValue(const Rec& rec, const FieldBinding<Rec>& binding) {
+  return SqlValue(GetField(rec, binding), binding.column.type);
+}
+
+template <class Rec>
+std::string NameList(const Columns<Rec>& columns, std::string_view separator) {
+  std::string out;
+  for (const auto* binding : columns) {
+    if (!out.empty()) out.append(separator);
+    out.append(binding->column.name);
+  }
+  return out;
+}
+
+template <class Rec, class ValueFn>
+std::string ValueList(const Rec& rec, const Columns<Rec>& columns, ValueFn value) {
+  std::string out;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) out += ',';
+    out += value(rec, *columns[i]);
+  }
+  return out;
+}
+
+// "COLUMN=VALUE" pairs separated by ",", with `equals` between name and value.
+template <class Rec, class ValueFn>
+std::string Assignments(const Rec& rec, const Columns<Rec>& columns, std::string_view equals,
+                        ValueFn value) {
+  std::string out;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) out += ',';
+    out.append(columns[i]->column.name).append(equals).append(value(rec, *columns[i]));
+  }
+  return out;
+}
+
+// Runs an action statement; true when it succeeded and changed at least one row.
+bool Wrote(IDatabase& db, const std::string& sql) {
+  Variant fields, data;
+  return db.blnExecute(sql, fields, data) && db.lngRowCount() > 0;
+}
+
+bool Ran(IDatabase& db, const std::string& sql) {
+  Variant fields, data;
+  return db.blnExecute(sql, fields, data);
+}
+
+// The row IDs of the reference names the company holds.
+class ReferenceIds {
+ public:
+  ReferenceIds(const StoreContext& store, const Company& company) {
+    size_t i = 0;
+    for (const auto& reference : CompanyReferences(*store.caches)) {
+      const FieldBinding<Company>* binding = FindField(Company::Bindings(), reference.column());
+      const ReferenceTable& t = *reference.table;
+      ids_[i++] = {reference.column(),
+                   LookupIDByName(GetField(company, *binding).AsString(), t.id_column,
+                                  t.name_column, t.table, CachedIds(reference),
+                                  CachedNames(reference), store.database())};
+    }
+  }
+
+  int32_t Of(std::string_view column) const {
+    for (const auto& [name, id] : ids_) {
+      if (SameFieldName(name, column)) return id;
+    }
+    return 0;
+  }
+
+  // The company's fields written by their column rule, reference columns as their row IDs.
+  std::string operator()(const Company& company, const FieldBinding<Company>& binding) const {
+    if (binding.column.type == ColumnType::Reference) return std::to_string(Of(binding.column.name));
+    return PlainValue(company, binding);
+  }
+
+ private:
+  std::array<std::pair<std::string_view, int32_t>, 4> ids_{};
+};
+
+bool SaveNotes(IDatabase& db, const Company& company) {
+  const TableDef& table = GetTable(TableId::Notes);
+  const std::string_view column = table.columns[0].name;
+  const std::string id = std::to_string(company.CompanyID);
+  const std::string text = SqlText(Variant(company.Notes));
+  std::string update = "update ";
+  update.append(table.name).append(" set ").append(column).append(" = ").append(text);
+  update.append(" where ").append(CompanyKey()).append(" = ").append(id);
+  if (Wrote(db, update)) return true;
+  std::string insert = "insert into ";
+  insert.append(table.name).append("(").append(CompanyKey()).append(", ").append(column);
+  insert.append(") select ").append(id).append(",").append(text);
+  return Wrote(db, insert);
+}
+
+bool SaveOptions(const StoreContext& store, IDatabase& db, const Company& company) {
+  std::string update, insert;
+  try {
+    const OptionsGroup& options = company.Options;
+    const std::string_view table = OptionsGroup::Table().name;
+    const std::string id = std::to_string(company.CompanyID);
+    update.append("Update ").append(table).append("   set ");
+    update.append(Assignments(options, ColumnsOf<OptionsGroup>(store.sp()), "=",
+                              PlainValue<OptionsGroup>));
+    update.append(" where ").append(CompanyKey()).append(" = ").append(id);
+    const Columns<OptionsGroup> insert_columns = ColumnsOf<OptionsGroup>(store.sp(), true);
+    insert.append("insert into ").append(table).append(" (").append(CompanyKey()).append(",");
+    insert.append(NameList(insert_columns, ",")).append(") select ").append(id).append(",");
+    insert.append(ValueList(options, insert_columns, PlainValue<OptionsGroup>));
+  } catch (...) {
+    store.ReportCurrent("m_strOptionSQL", CompanyParameter(company.CompanyID));
+    return false;
+  }
+  return Wrote(db, update) || Wrote(db, insert);
+}
+
+// The company record, its notes and its options.
+bool SaveRecord(const StoreContext& store, IDatabase& db, Company& company,
+                const ReferenceIds& ids) {
+  try {
+    const int32_t id = company.CompanyID;
+    const std::string_view table = Company::Table().name;
+    std::string sql;
+    if (id >= 1) {
+      sql.append("Update ").append(table).append(" set ");
+      sql.append(Assignments(company, ColumnsOf<Company>(store.sp()), "=", ids));
+      sql.append(" where ").append(CompanyKey()).append(" = ").append(std::to_string(id));
+    } else {
+      const Columns<Company> columns = ColumnsOf<Company>(store.sp(), true);
+      sql.append("insert into ").append(table).append(" (").append(NameList(columns, ","));
+      sql.append(") select ").append(ValueList(company, columns, ids));
+    }
+    if (!Ran(db, sql)) return false;
+
+    if (id < 1) {
+      // The database assigned the key; the study is found again by symbol and exchange.
+      std::string find = "select max(";
+      find.append(CompanyKey()).append(")").append("  from ").append(table);
+      find.append(" where strSymbol = ").append(SqlText(Variant(company.strSymbol)));
+      find.append("   and ExchangeID = ").append(std::to_string(ids.Of("ExchangeID")));
+      find.append("    or ").append(CompanyKey()).append(" = ").append(std::to_string(id));
+      RowSet rows;
+      if (!QueryRows(db, find, rows)) return false;
+      const SafeArray& data = rows.data.AsArray();
+      company.CompanyID = CLng(data(data.LBound(1), data.LBound(2)));
+    }
+
+    if (!SaveNotes(db, company)) return false;
+    return SaveOptions(store, db, company);
+  } catch (...) {
+    store.ReportCurrent("mdlAccess_UpdateCompany", CompanyParameter(company.CompanyID));
+    return false;
+  }
+}
+
+// One series by the shared scheme: the company's rows, found from its smallest key, are
+// overwritten element by element; with no rows yet, one row per element is inserted.
+// `derive(row, i)` sets the columns computed from the element's place.
+template <class Row, class Derive>
+bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector<Row>& series,
+                size_t count, std::string_view equals, Derive derive, const char* location) {
+  try {
+    IDatabase& db = store.database();
+    const TableDef& table = Row::Table();
+    const std::string id = std::to_string(company_id);
+    std::string sql = "select min(";
+    sql.append(table.key).append(") from ").append(table.name);
+    sql.append(" where ").append(CompanyKey()).append(" = ").append(id);
+    RowSet rows;
+    if (!db.blnExecute(sql, rows.fields, rows.data)) return false;
+    double first_key = 0;
+    if (rows.Count() > 0) {
+      const SafeArray& data = rows.data.AsArray();
+      const Variant& least = data(data.LBound(1), data.LBound(2));
+      // No rows yet reads as Null; that is "none" like a key below 1.
+      if (!least.IsNull()) first_key = CDbl(least);
+    }
+
+    const Columns<Row> columns = ColumnsOf<Row>(store.sp());
+    for (size_t i = 0; i < count; ++i) {
+      Row row = i < series.size() ? series[i] : Row{};
+      derive(row, static_cast<int>(i));
+      if (first_key < 1) {
+        sql = "insert into ";
+        sql.append(table.name).append(" (").append(CompanyKey()).append(",");
+        sql.append(NameList(columns, ",")).append(") select ").append(id).append(",");
+        sql.append(ValueList(row, columns, PlainValue<Row>));
+      } else {
+        // Keys are assumed consecutive from the smallest; a missing one is simply not written.
+        sql = "Update ";
+        sql.append(table.name).append(" set ");
+        sql.append(Assignments(row, columns, equals, PlainValue<Row>));
+        sql.append(" where ").append(table.key).append(" = ");
+        sql.append(std::to_string(static_cast<int64_t>(first_key) + static_cast<int64_t>(i)));
+      }
+      if (!Ran(db, sql)) return false;
+    }
+    return true;
+  } catch (...) {
+    store.ReportCurrent(location, CompanyParameter(company_id));
+    return false;
+  }
+}
+
+template <class Group>
+bool SaveGroup(IDatabase& db, const Group& group, const std::string& id, bool sp) {
+  const std::string_view table = Group::Table().name;
+  const Columns<Group> columns = ColumnsOf<Group>(sp);
+  std::string update = "Update ";
+  update.append(table).append(" set ").append(Assignments(group, columns, "=", PlainValue<Group>));
+  update.append(" Where ").append(CompanyKey()).append(" = ").append(id);
+  if (Wrote(db, update)) return true;
+  std::string insert = "Insert into ";
+  insert.append(table).append(" (").append(CompanyKey()).append(",");
+  insert.append(NameList(columns, ",")).append(") Select ").append(id).append(",");
+  insert.append(ValueList(group, columns, PlainValue<Group>));
+  return Wrote(db, insert);
+}
+
+bool SaveJudgments(const StoreContext& store, const Company& company) {
+  if (company.CompanyID <= 0) return true;
+  try {
+    IDatabase& db = store.database();
+    const std::string id = std::to_string(company.CompanyID);
+    bool ok = true;
+    ForEachJudgmentGroup(company, store.sp(), [&](const auto& group) {
+      if (ok) ok = SaveGroup(db, group, id, store.sp());
+    });
+    return ok;
+  } catch (...) {
+    store.ReportCurrent("mdlAccess_UpdateJudgment", CompanyParameter(company.CompanyID));
+    return false;
+  }
+}
+
+// The day's market averages: the row of that day is updated, or inserted when there is none.
+// The caller ignores the outcome.
+void SaveMarketAverages(const StoreContext& store, const Company& company) {
+  try {
+    IDatabase& db = store.database();
+    const MarketAverages& averages = company.DJAverages;
+    const std::string_view table = MarketAverages::Table().name;
+    const Columns<MarketAverages> columns = ColumnsOf<MarketAverages>(store.sp());
+    // Column 0 is the day; the averages follow it.
+    const FieldBinding<MarketAverages>& day = *columns.front();
+    const std::string date = PlainValue(averages, day);
+    std::string update = "Update ";
+    update.append(table);
+    for (size_t i = 1; i < columns.size(); ++i) {
+      update.append(i == 1 ? "   set " : ",       ").append(columns[i]->column.name);
+      update.append(" = ").append(PlainValue(averages, *columns[i]));
+    }
+    update.append(" Where datediff(").append(SqlText(Variant("d"))).append(",");
+    update.append(day.column.name).append(",").append(date).append(") = 0");
+    if (Wrote(db, update)) return;
+    std::string insert = "insert into ";
+    insert.append(table).append(" (").append(NameList(columns, ", ")).append(") select ");
+    insert.append(ValueList(averages, columns, PlainValue<MarketAverages>));
+    Wrote(db, insert);
+  } catch (...) {
+    store.ReportCurrent("Access_Update", CompanyParameter(company.CompanyID));
+  }
+}
+
+bool SaveSteps(const StoreContext& store, IDatabase& db, Company& company,
+               const ReferenceIds& ids, bool update_judgment) {
+  if (!SaveRecord(store, db, company, ids)) return false;
+  const int32_t id = company.CompanyID;
+  const Date last_fy = company.datLastFY;
+  const Date latest_q = company.datLatestQEnding;
+  auto no_derived = [](auto&, int) {};
+  if (!SaveSeries(
+          store, id, company.Yearly, Company::kYearlyRows, "=",
+          [&](YearlyRow& row, int i) { row.Year = static_cast<int16_t>(Year(last_fy) - i); },
+          "mdlAccess_UpdateYearly")) {
+    return false;
+  }
+  if (!SaveSeries(
+          store, id, company.Quarterly, Company::kQuarterlyRows, "=",
+          [&](QuarterlyRow& row, int i) {
+            const FiscalQuarter q = QuarterOfElement(i, latest_q, last_fy);
+            row.Quarter = q.quarter;
+            row.Year = q.year;
+          },
+          "mdlAccess_UpdateQuarterly")) {
+    return false;
+  }
+  if (!SaveSeries(
+          store, id, company.Monthly, Company::kMonthlyRows, "=",
+          [](MonthlyRow& row, int i) { row.Month = static_cast<int16_t>(i); },
+          "mdlAccess_UpdateMonthly")) {
+    return false;
+  }
+  if (!SaveSeries(store, id, company.JudgmentPMG, Company::kJudgmentPMGRows, "=", no_derived,
+                  "mdlAccess_UpdatePMG")) {
+    return false;
+  }
+  if (!SaveSeries(store, id, company.JudgmentPERT, company.JudgmentPERT.size(), " = ",
+                  no_derived, "mdlAccess_UpdatePERT")) {
+    return false;
+  }
+  if (!update_judgment) return true;
+  if (!SaveJudgments(store, company)) return false;
+  SaveMarketAverages(store, company);
+  return true;
+}
+
+}  // namespace
+
+bool SaveCompany(const StoreContext& store, Company& company, bool update_judgment) noexcept {
+  IDatabase* db = nullptr;
+  bool began = false;
+  try {
+    db = &store.database();
+    const ReferenceIds ids(store, company);
+    db->BeginTrans();
+    began = true;
+    if (SaveSteps(store, *db, company, ids, update_judgment)) {
+      db->CommitTrans();
+      return true;
+    }
+    db->RollbackTrans();
+    return false;
+  } catch (...) {
+    store.ReportCurrent("Access_Update", CompanyParameter(company.CompanyID));
+    if (began) ResumeNext([&] { db->RollbackTrans(); });
+    return false;
+  }
+}
+
+}  // namespace kwx
