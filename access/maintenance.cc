@@ -59,12 +59,12 @@ void mdlAccess_Delete(const StoreContext& store, std::string_view strTable,
     std::string condition;
     if (vntValues.IsArray()) {
       const SafeArray& values = vntValues.AsArray();
-      if (!vntFields.IsArray()) throw AutomationError(err::kTypeMismatch);
-      const SafeArray& fields = vntFields.AsArray();
       bool looped = false;
       for (int32_t i = values.LBound(); i <= values.UBound(); ++i) {
+        if (!vntFields.IsArray()) throw AutomationError(err::kTypeMismatch);
         // Replaced, not accumulated: only the last pair survives the loop.
-        condition = KeyCondition(CStr(fields(i)), values(i)) + std::string(kTrailingAnd);
+        condition = KeyCondition(CStr(vntFields.AsArray()(i)), values(i)) +
+                    std::string(kTrailingAnd);
         looped = true;
       }
       if (looped) condition.resize(condition.size() - kTrailingAnd.size());
@@ -115,7 +115,8 @@ bool UpdateCompanyPrice(const StoreContext& store, int32_t lnCompanyID, float sn
         "FROM Company "
         "WHERE CompanyID = " + id + " ;";
     if (!db.blnExecute(select, fields, data) || !data.IsArray()) return false;
-    const SafeArray& row = data.AsArray();
+    // A copy: `data` is reused by the statements below.
+    const SafeArray row = data.AsArray();
 
     // The ratio scales the stored P/E with the price. A stored price of 0 (or none) leaves no
     // ratio to scale by; the stored P/E is kept rather than wiped out.
