@@ -4,8 +4,10 @@
 
 #include "automation/registry.h"
 #include "automation/services.h"
+#include "services/compute_object.h"
 #include "services/data_file.h"
 #include "services/sqlite_database.h"
+#include "services/value_object.h"
 
 namespace kwx {
 
@@ -17,6 +19,12 @@ void RegisterBuiltinServices() {
   }
   for (const char* prog_id : {progid::kDataFile, progid::kDataFileSP}) {
     registry.RegisterIfAbsent(prog_id, [] { return std::make_shared<DataFile>(); });
+  }
+  for (const char* prog_id : {progid::kCompute, progid::kComputeSP}) {
+    registry.RegisterIfAbsent(prog_id, [] { return std::make_shared<ComputeObject>(); });
+  }
+  for (const char* prog_id : {progid::kValue, progid::kValueSP}) {
+    registry.RegisterIfAbsent(prog_id, [] { return std::make_shared<ValueObject>(); });
   }
 }
 

@@ -1,0 +1,177 @@
+#include "services/compute_object.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "automation/errors.h"
+#include "automation/registry.h"
+#include "automation/safe_array.h"
+#include "services/builtin_services.h"
+
+namespace kwx {
+namespace {
+
+// A yearly series as the study holds it: element 0 is the latest fiscal year.
+Variant LatestFirst(std::vector<Variant> values) {
+  return Variant(SafeArray::FromValues(std::move(values)));
+}
+
+// The same series written oldest first, the way one reads a chart.
+Variant OldestFirst(std::vector<double> values) {
+  std::vector<Variant> latest_first;
+  for (auto it = values.rbegin(); it != values.rend(); ++it) latest_first.emplace_back(*it);
+  return LatestFirst(std::move(latest_first));
+}
+
+std::array<float, 15> Fit(const Variant& series, float factor = 1) {
+  ComputeObject compute;
+  std::array<float, 15> out;
+  out.fill(-99);
+  compute.DefaultGrowthLine(factor, 1, series, out);
+  return out;
+}
+
+float At(const std::array<float, 15>& out, int position) { return out[position - 4]; }
+
+int ErrorOf(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const AutomationError& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+TEST(ComputeObject, ExactTenPercentGrowthFitsPerfectly) {
+  std::vector<double> values;
+  for (int k = 0; k < 10; ++k) values.push_back(50 * std::pow(1.1, k));
+  const float factor = 0.1f;
+  const auto out = Fit(OldestFirst(values), factor);
+  const double first = 50 * factor;
+  const double last = 50 * std::pow(1.1, 9) * factor;
+  const double projected = last * std::pow(1.1, 5);
+  struct Case {
+    int position;
+    double expected;
+  };
+  const Case cases[] = {
+      {4, 10},     {5, 10},         {6, 1},     {7, std::log(50.0)}, {8, std::log(1.1)}, {9, last},
+      {10, 9},     {11, projected}, {12, 14},   {13, last},          {14, projected},    {15, 0},
+      {16, first}, {17, 9},         {18, last},
+  };
+  for (const Case& k : cases) {
+    EXPECT_NEAR(At(out, k.position), k.expected, 1e-4 * std::max(1.0, std::abs(k.expected)))
+        << "output " << k.position;
+  }
+}
+
+TEST(ComputeObject, NoisySeriesMatchesTheSpreadsheetLogFit) {
+  // Six positive years after four empty ones. A spreadsheet's LOGEST over years 4..9 gives
+  // m = 1.11188551 and RSQ of ln(value) against the year gives 0.99047926.
+  const auto out = Fit(OldestFirst({0, 0, 0, 0, 100, 112, 119, 140, 151, 170}));
+  EXPECT_NEAR(At(out, 5), 11.188551, 1e-4);
+  EXPECT_NEAR(At(out, 6), 0.99047926, 1e-6);
+  EXPECT_NEAR(At(out, 4), 11.188551, 1e-4);
+  EXPECT_NEAR(At(out, 8), std::log(1.11188551), 1e-6);
+  EXPECT_EQ(At(out, 15), 4) << "the trend starts at the oldest value used";
+  EXPECT_EQ(At(out, 17), 9);
+  EXPECT_NEAR(At(out, 16), 99.594718, 1e-3);
+  EXPECT_NEAR(At(out, 18), 169.253110, 1e-3);
+}
+
+TEST(ComputeObject, ProjectedRateStaysInTheCautiousRange) {
+  struct Case {
+    double growth;  // a year, as a ratio
+    double projected_rate;
+  };
+  const Case cases[] = {{1.35, 20}, {0.9, 0}, {1.05, 5}, {1.0, 0}};
+  for (const Case& k : cases) {
+    std::vector<double> values;
+    for (int i = 0; i < 6; ++i) values.push_back(10 * std::pow(k.growth, i));
+    const auto out = Fit(OldestFirst(values));
+    EXPECT_NEAR(At(out, 5), 100 * (k.growth - 1), 1e-3) << k.growth;
+    EXPECT_NEAR(At(out, 4), k.projected_rate, 1e-3) << k.growth;
+    EXPECT_NEAR(At(out, 14), At(out, 13) * std::pow(1 + k.projected_rate / 100, 5),
+                1e-3 * At(out, 14));
+  }
+}
+
+TEST(ComputeObject, TooFewPositiveYearsGiveZeros) {
+  const std::vector<Variant> cases = {
+      LatestFirst({}),
+      OldestFirst({0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
+      OldestFirst({-5, -4, -3, -2, -1}),
+      OldestFirst({0, 3, -1, 4, 0}),
+      LatestFirst({Variant(5.0), Variant(), Variant("n/a"), Variant(-2.0), Variant(6.0)}),
+      OldestFirst({1e30, -1e30, std::nan("")}),
+  };
+  for (const Variant& series : cases) {
+    const auto out = Fit(series);
+    for (float v : out) EXPECT_EQ(v, 0) << series;
+  }
+  // Three positive years among the bad ones are enough, and only they are fitted.
+  const auto out =
+      Fit(LatestFirst({Variant(4.0), Variant(-1.0), Variant("2"), Variant(), Variant(1.0)}));
+  EXPECT_NEAR(At(out, 5), 100 * (std::sqrt(2.0) - 1), 1e-3);
+  EXPECT_NEAR(At(out, 6), 1, 1e-6);
+  EXPECT_EQ(At(out, 15), 0);
+  EXPECT_EQ(At(out, 17), 4);
+}
+
+TEST(ComputeObject, NormalizeScalesTheLargestValueIntoOneToTen) {
+  struct Case {
+    std::vector<double> oldest_first;
+    bool flag;
+    float expected;
+  };
+  const Case cases[] = {
+      {{1200, 4500, 3000}, true, 0.001f},
+      {{0.45, 0.2}, true, 10},
+      {{1, 0.5}, true, 1},
+      {{9.99}, true, 1},
+      {{10}, true, 0.1f},
+      {{-500, 3}, true, 1},
+      {{0, 0, 0}, true, 1},
+      {{-7, -8}, true, 1},
+      {{}, true, 1},
+      {{1200, 4500}, false, 1},
+  };
+  ComputeObject compute;
+  for (const Case& k : cases) {
+    EXPECT_FLOAT_EQ(compute.sngNormalize(OldestFirst(k.oldest_first), 0, k.flag), k.expected)
+        << OldestFirst(k.oldest_first);
+  }
+}
+
+TEST(ComputeObject, RejectsUnknownKindsAndNonArrays) {
+  ComputeObject compute;
+  std::array<float, 15> out{};
+  float factor = 1;
+  const Variant series = OldestFirst({1, 2, 3});
+  EXPECT_EQ(ErrorOf([&] { compute.sngNormalize(series, 4, true); }), err::kInvalidCall);
+  EXPECT_EQ(ErrorOf([&] { compute.sngNormalize(series, -1, true); }), err::kInvalidCall);
+  EXPECT_EQ(ErrorOf([&] { compute.sngNormalize(Variant(5.0f), 0, true); }), err::kTypeMismatch);
+  EXPECT_EQ(ErrorOf([&] { compute.DefaultGrowthLine(factor, 9, series, out); }), err::kInvalidCall);
+  EXPECT_EQ(ErrorOf([&] { compute.DefaultGrowthLine(factor, 0, Variant(), out); }),
+            err::kTypeMismatch);
+  for (int kind = 0; kind <= 3; ++kind) {
+    EXPECT_EQ(ErrorOf([&] { compute.DefaultGrowthLine(factor, kind, series, out); }), 0);
+  }
+  EXPECT_EQ(factor, 1) << "the factor is read, not changed";
+}
+
+TEST(ComputeObject, RegisteredUnderBothPlatformProgIDs) {
+  RegisterBuiltinServices();
+  EXPECT_NE(CreateObjectAs<ICompute>(progid::kCompute), nullptr);
+  EXPECT_NE(CreateObjectAs<ICompute>(progid::kComputeSP), nullptr);
+  EXPECT_NE(CreateObjectAs<IValue>(progid::kValue), nullptr);
+  EXPECT_NE(CreateObjectAs<IValue>(progid::kValueSP), nullptr);
+}
+
+}  // namespace
+}  // namespace kwx
