@@ -1,0 +1,22 @@
+// Building the field array of an SSG data file from a study.
+#ifndef KWX_EXPORT_SSG_EXPORT_H_
+#define KWX_EXPORT_SSG_EXPORT_H_
+
+#include "automation/variant.h"
+#include "model/company.h"
+
+namespace kwx {
+
+// A zero-based array of texts in the SSG layout (import/ssg_layout_internal.h), one per line
+// of the file, holding every position the SSG reader maps, so that MapSsgFields reads the same
+// values back: numbers as NumberText, dates as "M/d/yyyy", texts as they are with any line
+// break turned into a blank (a field is one line). Where two properties share a position the
+// later one in the layout is written (sngCurDiv, datDataUpdated, strVLSafety); a value drawn
+// from two positions is written at both. Positions the reader does not map hold "". The
+// options, notes, PMG and PERT rows have no place in the layout and are not written.
+// Never raises: a value that cannot be written as text leaves its position "".
+Variant BuildSsgFields(const Company& company);
+
+}  // namespace kwx
+
+#endif  // KWX_EXPORT_SSG_EXPORT_H_
