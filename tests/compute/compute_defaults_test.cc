@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <set>
@@ -13,6 +14,7 @@
 #include "automation/errors.h"
 #include "automation/registry.h"
 #include "automation/services.h"
+#include "services/builtin_services.h"
 
 namespace kwx {
 namespace {
@@ -203,9 +205,12 @@ TEST(ComputeDefaults, DilutionIsAFractionRecomputedEveryTime) {
     float acs, cso, before, expected;
   };
   const Case cases[] = {
-      {1.2f, 1.0f, 20.0f, 1.2f - 1.0f}, {0.8f, 1.0f, 0.0f, 0.8f - 1.0f},  // no clamping of a
-                                                                          // negative dilution
-      {3.0f, 2.0f, 0.0f, 0.5f},         {0.0f, 1.0f, 5.0f, 0.0f},        {1.0f, 0.0f, 5.0f, 0.0f},
+      {1.2f, 1.0f, 20.0f, 1.2f - 1.0f},
+      {0.8f, 1.0f, 0.0f, 0.8f - 1.0f},  // no clamping of a
+                                        // negative dilution
+      {3.0f, 2.0f, 0.0f, 0.5f},
+      {0.0f, 1.0f, 5.0f, 0.0f},
+      {1.0f, 0.0f, 5.0f, 0.0f},
       {-1.0f, 2.0f, 5.0f, -1.5f},  // negative operands are not checked
   };
   for (const Case& k : cases) {
@@ -377,6 +382,42 @@ TEST(ComputeDefaults, TheValueObjectSeesTheStudyAndMayReplaceIt) {
     EXPECT_EQ(c.strName, "Other");
     EXPECT_EQ(c.sngCommDiv, 0);
   }
+}
+
+TEST(ComputeDefaults, BuiltInObjectsFillAStudyGrowingTenPercent) {
+  RegisterBuiltinServices();
+  Company c;
+  // Yearly row 0 is the latest fiscal year: sales of 100 nine years ago, growing 10 % a year.
+  for (size_t i = 0; i < c.Yearly.size(); ++i) {
+    const int age = static_cast<int>(i);
+    c.Yearly[i].Sales = static_cast<float>(100 * std::pow(1.1, 9 - age));
+    c.Yearly[i].EPS = static_cast<float>(2 * std::pow(1.05, 9 - age));
+    c.Yearly[i].PretaxIncome = 12;
+    c.Yearly[i].HighPrice = 45;
+  }
+  c.Yearly[0].DPS = 0.6f;
+  c.sngACS = 110;
+  c.sngCSO = 100;
+  ComputeDefaults(c, 0);
+
+  EXPECT_NEAR(c.sngRevHistGrowth, 10, 1e-3);
+  EXPECT_NEAR(c.sngRevProjGrRate, 10, 1e-3);
+  EXPECT_NEAR(c.sngEPSHistGrowth, 5, 1e-3);
+  EXPECT_NEAR(c.sngEPSHist5YrGrR2, 1, 1e-5);
+  const JudgmentGraphGroup& g = c.JudgmentGraph;
+  EXPECT_FLOAT_EQ(g.sngFactorRev, 0.01f);
+  EXPECT_FLOAT_EQ(g.sngFactorEPS, 1);
+  EXPECT_FLOAT_EQ(g.sngFactorPTI, 0.1f);
+  EXPECT_FLOAT_EQ(g.sngFactorPrice52W, 0.1f);
+  EXPECT_EQ(g.sngRevTrendX1, 0);
+  EXPECT_EQ(g.sngRevTrendX2, 9);
+  EXPECT_NEAR(g.sngRevTrendY1, 1.0, 1e-4);
+  EXPECT_NEAR(g.sngRevTrendY2, 100 * std::pow(1.1, 9) * 0.01, 1e-4);
+  EXPECT_NEAR(g.sngRevProjY2, g.sngRevProjY1 * std::pow(1.1, 5), 1e-4);
+  EXPECT_EQ(g.sngRevProjLabel2X, 14);
+  EXPECT_NEAR(g.sngEPSProjY1, 2 * std::pow(1.05, 9), 1e-4);
+  EXPECT_EQ(c.sngCommDiv, 0.6f);
+  EXPECT_NEAR(c.sngPotDilution, 0.1, 1e-6);
 }
 
 }  // namespace
