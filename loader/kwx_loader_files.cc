@@ -1,0 +1,113 @@
+// The loader's data-file and stream members and the import dispatch they share.
+#include <string>
+
+#include "access/reference_tables.h"
+#include "automation/conversions.h"
+#include "automation/errors.h"
+#include "automation/safe_array.h"
+#include "common/helpers.h"
+#include "export/kwx_export.h"
+#include "export/ssg_export.h"
+#include "import/kwx_import.h"
+#include "import/ssg_import.h"
+#include "loader/kwx_loader.h"
+#include "model/company.h"
+
+namespace kwx {
+namespace {
+
+// The SSG position that names the study's industry.
+constexpr int16_t kSsgIndustryPosition = 243;
+
+// The dilution the shares to come would cause, in percent: 0 unless both share counts are
+// positive.
+float PotentialDilution(const Company& company) {
+  if (!(company.sngACS > 0 && company.sngCSO > 0)) return 0;
+  const bool use_float = true;
+  // The quotient is rounded to single precision before 1 is taken off, so 110 / 100 gives
+  // exactly the single nearest 10.
+  const float quotient = CSng(SafeDivide(Variant(company.sngACS), Variant(company.sngCSO),
+                                         use_float, Variant(0), false, Variant()));
+  return (quotient - 1) * 100;
+}
+
+bool WriteFields(IDataFile* writer, const std::string& file_name, Variant fields) {
+  if (!writer) return false;
+  std::string path = file_name;
+  bool written = false;
+  ResumeNext([&] { written = writer->blnExport(path, fields); });
+  return written;
+}
+
+}  // namespace
+
+void kwxLoader::SSG_Get(const std::string& strFileName, Company& objCompany) {
+  ResumeNext([&] {
+    if (!reader_) throw AutomationError(err::kObjectNotSet);
+    std::string path = strFileName;
+    ImportFieldArray(reader_->vntImportB(path), objCompany, idSSG);
+  });
+}
+
+void kwxLoader::KWX_Get(const std::string& strFileName, Company& objCompany) {
+  ResumeNext([&] {
+    if (!reader_) throw AutomationError(err::kObjectNotSet);
+    std::string path = strFileName;
+    ImportFieldArray(reader_->vntImportB(path), objCompany, idKWX);
+  });
+}
+
+void kwxLoader::Stream_Get(const std::string& strData, Company& objCompany,
+                           enumDataFile DataFileFormat) {
+  ResumeNext([&] {
+    std::string text;
+    text.reserve(strData.size());
+    for (char c : strData) {
+      if (c != '\n') text += c;
+    }
+    ImportFieldArray(SplitText("\r", text), objCompany, DataFileFormat);
+  });
+}
+
+void kwxLoader::ImportFieldArray(const Variant& fields, Company& objCompany, int32_t format) {
+  if (!fields.IsArray()) return;
+  if (format == idSSG) {
+    MapSsgFields(objCompany, fields, platform_);
+  } else if (format == idKWX) {
+    Variant checked = fields;  // validation completes a 1.0 array in place
+    if (ValidateKwxFields(checked)) {
+      MapKwxCompany(objCompany, checked, platform_);
+      MapKwxJudgment(objCompany, checked, platform_);
+    }
+  }
+
+  objCompany.sngPotDilution = PotentialDilution(objCompany);
+
+  AddLookup(objCompany.DataSourceID, kDataSourceTable, caches_.data_source);
+  AddLookup(objCompany.ExchangeID, kExchangeTable, caches_.exchange);
+  if (IsNumeric(Variant(objCompany.SectorID))) {
+    objCompany.SectorID.clear();
+  } else {
+    AddLookup(objCompany.SectorID, kSectorTable, caches_.sector);
+  }
+
+  if (format == idSSG) {
+    const std::string industry = CStr(fields.AsArray()(kSsgIndustryPosition));
+    StoreIndustryCode(database_.get(), 0, industry);
+    objCompany.IndustryID = industry;
+  }
+}
+
+bool kwxLoader::SSG_Update(Company& objCompany, const std::string& strFileName) {
+  Variant fields;
+  ResumeNext([&] { fields = BuildSsgFields(objCompany); });
+  return WriteFields(reader_.get(), strFileName, std::move(fields));
+}
+
+bool kwxLoader::KWX_Update(Company& objCompany, const std::string& strFileName) {
+  Variant fields;
+  ResumeNext([&] { fields = BuildKwxFields(objCompany); });
+  return WriteFields(reader_.get(), strFileName, std::move(fields));
+}
+
+}  // namespace kwx
