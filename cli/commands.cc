@@ -8,10 +8,16 @@ namespace kwx::cli {
 
 void AddDatabaseCommands(CLI::App& app, Context& ctx);
 void AddRefCommands(CLI::App& app, Context& ctx);
+void AddStudyCommands(CLI::App& app, Context& ctx);
+void AddComparisonCommands(CLI::App& app, Context& ctx);
+void AddFileCommands(CLI::App& app, Context& ctx);
 
 void AddCommands(CLI::App& app, Context& ctx) {
   AddDatabaseCommands(app, ctx);
   AddRefCommands(app, ctx);
+  AddStudyCommands(app, ctx);
+  AddComparisonCommands(app, ctx);
+  AddFileCommands(app, ctx);
 }
 
 }  // namespace kwx::cli

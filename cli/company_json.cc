@@ -1,0 +1,62 @@
+#include "cli/company_json.h"
+
+#include <string>
+#include <vector>
+
+#include "cli/json_values.h"
+#include "model/record.h"
+
+namespace kwx::cli {
+namespace {
+
+template <class Rec>
+nlohmann::json RecordJson(const Rec& rec) {
+  nlohmann::json out = nlohmann::json::object();
+  for (const FieldBinding<Rec>& b : Rec::Bindings()) {
+    out[std::string(b.column.name)] = ToJson(GetField(rec, b));
+  }
+  return out;
+}
+
+template <class Row>
+nlohmann::json SeriesJson(const std::vector<Row>& rows) {
+  nlohmann::json out = nlohmann::json::array();
+  for (const Row& row : rows) out.push_back(RecordJson(row));
+  return out;
+}
+
+}  // namespace
+
+nlohmann::json CompanyJson(const Company& company) {
+  nlohmann::json out = nlohmann::json::object();
+  out["CompanyID"] = company.CompanyID;
+  for (const FieldBinding<Company>& b : Company::Bindings()) {
+    out[std::string(b.column.name)] = ToJson(GetField(company, b));
+  }
+  out["Notes"] = company.Notes;
+  out["Options"] = RecordJson(company.Options);
+  out["JudgmentGraph"] = RecordJson(company.JudgmentGraph);
+  out["JudgmentAnalysis"] = RecordJson(company.JudgmentAnalysis);
+  out["JudgmentCheckList"] = RecordJson(company.JudgmentCheckList);
+  out["JudgmentPrefProc"] = RecordJson(company.JudgmentPrefProc);
+  out["JudgmentAssessment"] = RecordJson(company.JudgmentAssessment);
+  out["JudgmentStockReport"] = RecordJson(company.JudgmentStockReport);
+  out["Yearly"] = SeriesJson(company.Yearly);
+  out["Quarterly"] = SeriesJson(company.Quarterly);
+  out["Monthly"] = SeriesJson(company.Monthly);
+  out["JudgmentPMG"] = SeriesJson(company.JudgmentPMG);
+  out["JudgmentPERT"] = SeriesJson(company.JudgmentPERT);
+  return out;
+}
+
+void PrintErrorReports(kwxLoader& loader, std::ostream& err) {
+  for (const ErrorReport& r : loader.ErrorReports()) {
+    err << "kwx: error " << r.code << " (" << r.description << ")";
+    if (!r.location.empty()) err << " in " << r.location;
+    if (!r.parameter.empty()) err << ", " << r.parameter;
+    err << "\n";
+  }
+  loader.ClearErrorReports();
+}
+
+}  // namespace kwx::cli
