@@ -1,6 +1,11 @@
 #include "services/jet_dialect.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <optional>
+#include <system_error>
+#include <utility>
 
 #include "automation/dates.h"
 #include "automation/format.h"
@@ -72,33 +77,189 @@ std::string UndoubleQuotes(std::string_view body, char quote) {
   return text;
 }
 
-// Dates are stored as the text the loader itself writes ("Short Date", M/d/yyyy), so a date
-// literal must become that same text to compare and store alike.
-void AppendDateLiteral(std::string& out, std::string_view body) {
-  if (std::optional<Date> d = ParseDate(body)) {
-    try {
-      AppendSingleQuoted(out, FormatDate(*d, "General Date"));
-      return;
-    } catch (...) {
-      // A date the formatter cannot write is kept as written below.
+// The kinds of statement whose literals are lifted; any other (DDL, PRAGMA, transaction
+// control) runs as plain text, since SQLite refuses parameters in most of them.
+enum class StatementKind : uint8_t { Other, Query, Action };
+
+StatementKind KindOf(std::string_view s) {
+  size_t i = 0;
+  for (;;) {
+    i = SkipBlanks(s, i);
+    if (s.substr(i, 2) == "--") {
+      const size_t eol = s.find('\n', i);
+      if (eol == std::string_view::npos) return StatementKind::Other;
+      i = eol + 1;
+    } else if (s.substr(i, 2) == "/*") {
+      const size_t close = s.find("*/", i + 2);
+      if (close == std::string_view::npos) return StatementKind::Other;
+      i = close + 2;
+    } else {
+      break;
     }
   }
-  AppendSingleQuoted(out, body);
+  const std::string_view word = s.substr(i, WordEnd(s, i) - i);
+  if (EqualsLower(word, "select")) return StatementKind::Query;
+  if (EqualsLower(word, "insert") || EqualsLower(word, "update") ||
+      EqualsLower(word, "delete") || EqualsLower(word, "replace")) {
+    return StatementKind::Action;
+  }
+  return StatementKind::Other;
 }
 
-}  // namespace
+// The end of the number starting at s[i] (digits, an optional fraction, an optional exponent),
+// or i when the text there is no plain decimal number.
+size_t NumberEnd(std::string_view s, size_t i) {
+  size_t k = i;
+  auto digits = [&] {
+    const size_t from = k;
+    while (k < s.size() && s[k] >= '0' && s[k] <= '9') ++k;
+    return k > from;
+  };
+  bool any = digits();
+  if (k < s.size() && s[k] == '.') {
+    ++k;
+    any = digits() || any;
+  }
+  if (!any) return i;
+  if (k < s.size() && (s[k] == 'e' || s[k] == 'E')) {
+    size_t e = k + 1;
+    if (e < s.size() && (s[e] == '+' || s[e] == '-')) ++e;
+    const size_t save = k;
+    k = e;
+    if (!digits()) k = save;
+  }
+  return k;
+}
 
-std::string TranslateJetSql(std::string_view s) {
+// One pass over a Jet statement: the translation, and with `lift` the lifting of literals
+// into `values`. The rules of both are those of jet_dialect.h.
+class Translator {
+ public:
+  Translator(std::string_view s, bool lift) : s_(s), lift_(lift) {
+    kind_ = lift ? KindOf(s) : StatementKind::Other;
+    lift_ = kind_ != StatementKind::Other;
+  }
+
+  // False when the statement turned out to hold something that makes lifting unsafe.
+  bool Run();
+
   std::string out;
+  std::vector<SqlParameter> values;
+  bool lifted() const { return lift_; }
+
+ private:
+  // A clause whose literals stay as written, open from `depth` on: a select's result columns
+  // (closed by its FROM) or a trailing ORDER BY, GROUP BY, HAVING, LIMIT or OFFSET (closed
+  // when its parenthesis closes).
+  struct Keep {
+    int depth;
+    bool until_from;
+  };
+
+  bool Lifting() const { return lift_ && keeps_.empty() && !after_as_; }
+  void Text(std::string_view text) {
+    if (Lifting()) {
+      out += '?';
+      SqlParameter p;
+      p.kind = SqlParameter::Kind::Text;
+      p.text = std::string(text);
+      values.push_back(std::move(p));
+    } else {
+      AppendSingleQuoted(out, text);
+    }
+  }
+  void DateLiteral(std::string_view body) {
+    if (std::optional<Date> d = ParseDate(body)) {
+      try {
+        Text(FormatDate(*d, "General Date"));
+        return;
+      } catch (...) {
+        // A date the formatter cannot write is kept as written below.
+      }
+    }
+    Text(body);
+  }
+  void Word(std::string_view word);
+  void Number(size_t i, size_t end);
+
+  std::string_view s_;
+  bool lift_;
+  StatementKind kind_ = StatementKind::Other;
+  int depth_ = 0;
+  std::vector<Keep> keeps_;
+  bool after_as_ = false;
+  // The previous word, to see "order by" and "group by".
+  std::string_view last_word_;
+};
+
+void Translator::Word(std::string_view word) {
+  if (!lift_) return;
+  if (EqualsLower(word, "select") && kind_ == StatementKind::Query) {
+    keeps_.push_back({depth_, true});
+  } else if (EqualsLower(word, "from")) {
+    if (!keeps_.empty() && keeps_.back().until_from && keeps_.back().depth == depth_) {
+      keeps_.pop_back();
+    }
+  } else if ((EqualsLower(word, "by") &&
+              (EqualsLower(last_word_, "order") || EqualsLower(last_word_, "group"))) ||
+             EqualsLower(word, "having") || EqualsLower(word, "limit") ||
+             EqualsLower(word, "offset")) {
+    keeps_.push_back({depth_, false});
+  }
+  last_word_ = word;
+}
+
+void Translator::Number(size_t i, size_t end) {
+  const std::string_view text = s_.substr(i, end - i);
+  if (Lifting()) {
+    SqlParameter p;
+    const bool whole = text.find_first_of(".eE") == std::string_view::npos;
+    if (whole) {
+      p.kind = SqlParameter::Kind::Integer;
+      const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), p.integer);
+      if (ec == std::errc() && ptr == text.data() + text.size()) {
+        out += '?';
+        values.push_back(std::move(p));
+        return;
+      }
+    } else {
+      p.kind = SqlParameter::Kind::Real;
+      const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), p.real);
+      if (ec == std::errc() && ptr == text.data() + text.size() && std::isfinite(p.real)) {
+        out += '?';
+        values.push_back(std::move(p));
+        return;
+      }
+    }
+  }
+  // Too large for 64 bits (the engine reads it as a real of its own rounding) or kept.
+  out.append(text);
+}
+
+bool Translator::Run() {
+  const std::string_view s = s_;
   out.reserve(s.size() + 8);
   const size_t n = s.size();
   size_t i = 0;
   while (i < n) {
     const char c = s[i];
+    if (IsBlank(c)) {
+      out += c;
+      ++i;
+      continue;
+    }
+    // Only a text directly after AS is an alias.
+    const bool as_before = after_as_;
     if (c == '\'') {
-      const size_t end = QuotedEnd(s, i, '\'').value_or(n);
-      out.append(s.substr(i, end - i));
-      i = end;
+      const std::optional<size_t> end = QuotedEnd(s, i, '\'');
+      if (!end) {
+        if (lift_) return false;
+        out.append(s.substr(i));
+        i = n;
+      } else {
+        Text(UndoubleQuotes(s.substr(i + 1, *end - i - 2), '\''));
+        i = *end;
+      }
     } else if (c == '[') {
       const size_t close = s.find(']', i + 1);
       const size_t end = close == std::string_view::npos ? n : close + 1;
@@ -109,31 +270,49 @@ std::string TranslateJetSql(std::string_view s) {
       const size_t end = eol == std::string_view::npos ? n : eol;
       out.append(s.substr(i, end - i));
       i = end;
+      continue;  // a comment between AS and its alias changes nothing
     } else if (c == '/' && i + 1 < n && s[i + 1] == '*') {
       const size_t close = s.find("*/", i + 2);
       const size_t end = close == std::string_view::npos ? n : close + 2;
       out.append(s.substr(i, end - i));
       i = end;
+      continue;
     } else if (c == '"') {
       const std::optional<size_t> end = QuotedEnd(s, i, '"');
       const bool qualified =
           end && ((i > 0 && s[i - 1] == '.') || (*end < n && s[*end] == '.'));
       if (!end || qualified) {
+        if (!end && lift_) return false;
         const size_t stop = end.value_or(n);
         out.append(s.substr(i, stop - i));
         i = stop;
       } else {
-        AppendSingleQuoted(out, UndoubleQuotes(s.substr(i + 1, *end - i - 2), '"'));
+        Text(UndoubleQuotes(s.substr(i + 1, *end - i - 2), '"'));
         i = *end;
       }
     } else if (c == '#') {
       const size_t close = s.find('#', i + 1);
       if (close == std::string_view::npos) {
+        if (lift_) return false;
         out.append(s.substr(i));
         i = n;
       } else {
-        AppendDateLiteral(out, s.substr(i + 1, close - i - 1));
+        DateLiteral(s.substr(i + 1, close - i - 1));
         i = close + 1;
+      }
+    } else if ((c >= '0' && c <= '9') ||
+               (c == '.' && i + 1 < n && s[i + 1] >= '0' && s[i + 1] <= '9')) {
+      // A digit glued to a name ("T1", "T.1") belongs to the name.
+      const bool glued = i > 0 && (IsWordChar(s[i - 1]) || s[i - 1] == '.' ||
+                                   s[i - 1] == ']' || s[i - 1] == '"');
+      const size_t end = glued ? i : NumberEnd(s, i);
+      if (end == i || (end < n && (IsWordChar(s[end]) || s[end] == '.'))) {
+        const size_t word_end = std::max(WordEnd(s, i), i + 1);
+        out.append(s.substr(i, word_end - i));
+        i = word_end;
+      } else {
+        Number(i, end);
+        i = end;
       }
     } else if (IsWordChar(c)) {
       const size_t end = WordEnd(s, i);
@@ -141,10 +320,19 @@ std::string TranslateJetSql(std::string_view s) {
       // A name qualified by a table ("T.True") is a column, not the constant.
       const bool qualified = (i > 0 && s[i - 1] == '.') || (end < n && s[end] == '.');
       if (!qualified && (EqualsLower(word, "true") || EqualsLower(word, "false"))) {
-        // After a minus sign "-1" would open a "--" comment.
-        if (!out.empty() && out.back() == '-') out += ' ';
-        out += EqualsLower(word, "true") ? "-1" : "0";
+        const bool yes = EqualsLower(word, "true");
+        if (Lifting()) {
+          out += '?';
+          SqlParameter p;
+          p.integer = yes ? -1 : 0;
+          values.push_back(std::move(p));
+        } else {
+          // After a minus sign "-1" would open a "--" comment.
+          if (!out.empty() && out.back() == '-') out += ' ';
+          out += yes ? "-1" : "0";
+        }
         i = end;
+        after_as_ = false;
         continue;
       }
       if (EqualsLower(word, "delete")) {
@@ -154,19 +342,53 @@ std::string TranslateJetSql(std::string_view s) {
           const size_t from_end = WordEnd(s, from);
           if (EqualsLower(s.substr(from, from_end - from), "from")) {
             out += "DELETE FROM";
+            Word("from");
             i = from_end;
+            after_as_ = false;
             continue;
           }
         }
       }
+      Word(word);
       out.append(word);
       i = end;
+      after_as_ = lift_ && EqualsLower(word, "as");
+      continue;
     } else {
+      // A parameter of the statement's own would shift the numbering of the lifted ones.
+      if (lift_ && (c == '?' || c == ':' || c == '@' || c == '$')) return false;
+      if (c == '(') ++depth_;
+      if (c == ')') {
+        --depth_;
+        while (!keeps_.empty() && keeps_.back().depth > depth_) keeps_.pop_back();
+      }
       out += c;
       ++i;
     }
+    if (as_before) after_as_ = false;
   }
-  return out;
+  return true;
+}
+
+}  // namespace
+
+std::string TranslateJetSql(std::string_view s) {
+  Translator t(s, false);
+  t.Run();
+  return std::move(t.out);
+}
+
+ParameterizedSql ParameterizeJetSql(std::string_view s) {
+  ParameterizedSql result;
+  Translator t(s, true);
+  if (t.lifted() && t.Run()) {
+    result.shape = std::move(t.out);
+    result.values = std::move(t.values);
+    result.lifted = true;
+    return result;
+  }
+  result.shape = TranslateJetSql(s);
+  return result;
 }
 
 }  // namespace kwx

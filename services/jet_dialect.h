@@ -4,8 +4,10 @@
 #ifndef KWX_SERVICES_JET_DIALECT_H_
 #define KWX_SERVICES_JET_DIALECT_H_
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kwx {
 
@@ -24,6 +26,38 @@ namespace kwx {
 // does not understand (an unterminated literal) is copied as it stands and left to the engine
 // to refuse.
 std::string TranslateJetSql(std::string_view jet_sql);
+
+// One value lifted out of a statement, typed as the engine would have read the literal: a
+// whole number that fits 64 bits is Integer, any other number Real, a quoted or date literal
+// Text (True/False are the Integers -1/0).
+struct SqlParameter {
+  enum class Kind : uint8_t { Integer, Real, Text };
+  Kind kind = Kind::Integer;
+  int64_t integer = 0;
+  double real = 0.0;
+  std::string text;
+};
+
+// A translated statement split into its literal-free shape and the values taken out of it.
+struct ParameterizedSql {
+  // The translated text with each lifted literal replaced by "?"; statements differing only
+  // in their values share one shape, so a compiled shape can be reused.
+  std::string shape;
+  // The lifted values in the order of their "?" in `shape`.
+  std::vector<SqlParameter> values;
+  // False when the statement is run as its plain translation instead (shape holds exactly
+  // what TranslateJetSql gives and `values` is empty): it is no select, insert, update or
+  // delete, or it already holds parameters of its own.
+  bool lifted = false;
+};
+
+// Translates `jet_sql` exactly as TranslateJetSql does and, in the same pass, lifts out the
+// literals whose place a bound value can take without changing what the statement does or
+// answers. Kept as written: the literals of a query's result columns (they name the columns
+// of the row set), a text after AS (an alias), everything in ORDER BY, GROUP BY, HAVING, LIMIT
+// and OFFSET (a number there is a column position or a count), numbers glued to a name or too
+// large for 64 bits, and hexadecimal numbers. Never fails.
+ParameterizedSql ParameterizeJetSql(std::string_view jet_sql);
 
 }  // namespace kwx
 

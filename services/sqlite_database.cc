@@ -20,6 +20,11 @@ namespace kwx {
 namespace {
 
 using sqlite_support::DeclaredKind;
+using sqlite_support::StatementCache;
+
+// Compiled shapes kept per connection: more than the loader's distinct statements, so a save
+// or a load never compiles a shape twice.
+constexpr size_t kCachedStatements = 512;
 
 // Every transaction level is a savepoint of this one name: SQLite resolves a repeated name to
 // the innermost level, which is exactly the nesting the loader needs.
@@ -47,11 +52,108 @@ sqlite3* OpenExisting(const std::string& path) {
   return db;
 }
 
+void Bind(sqlite3_stmt* stmt, const std::vector<SqlParameter>& values) {
+  int index = 1;
+  for (const SqlParameter& v : values) {
+    switch (v.kind) {
+      case SqlParameter::Kind::Integer:
+        sqlite3_bind_int64(stmt, index, v.integer);
+        break;
+      case SqlParameter::Kind::Real:
+        sqlite3_bind_double(stmt, index, v.real);
+        break;
+      case SqlParameter::Kind::Text:
+        // The values outlive the run; the bindings are cleared before they go.
+        sqlite3_bind_text(stmt, index, v.text.data(), static_cast<int>(v.text.size()),
+                          SQLITE_STATIC);
+        break;
+    }
+    ++index;
+  }
+}
+
+void Describe(sqlite3_stmt* stmt, std::vector<Variant>& names, std::vector<DeclaredKind>& kinds) {
+  const int columns = sqlite3_column_count(stmt);
+  names.clear();
+  kinds.clear();
+  names.reserve(columns);
+  kinds.reserve(columns);
+  for (int c = 0; c < columns; ++c) {
+    const char* name = sqlite3_column_name(stmt, c);
+    names.emplace_back(std::string(name != nullptr ? name : ""));
+    kinds.push_back(sqlite_support::KindOfDeclaredType(sqlite3_column_decltype(stmt, c)));
+  }
+}
+
+// Runs the compiled, bound `stmt` to its end and fills the answer and `row_count`. A kept
+// statement's `entry` carries its result description from run to run.
+bool Run(sqlite3* db, sqlite3_stmt* stmt, StatementCache::Entry* entry, int32_t& row_count,
+         Variant& fields, Variant& data) {
+  // sqlite3_changes keeps the count of the last data statement, so a statement that changes
+  // nothing (DDL) would report a stale count; the running total tells whether this one did.
+  const int64_t before = sqlite3_total_changes64(db);
+  // Stepped first: a statement SQLite recompiles (after a schema change) has its new columns
+  // only afterwards.
+  int step = sqlite3_step(stmt);
+  const int columns = sqlite3_column_count(stmt);
+  if (columns == 0) {
+    if (step != SQLITE_DONE) return false;
+    const int64_t changed =
+        sqlite3_total_changes64(db) == before ? 0 : sqlite3_changes64(db);
+    row_count = static_cast<int32_t>(std::min<int64_t>(changed, INT32_MAX));
+    return true;
+  }
+  if (step != SQLITE_ROW && step != SQLITE_DONE) return false;
+
+  std::vector<Variant> own_names;
+  std::vector<DeclaredKind> own_kinds;
+  const std::vector<Variant>* names = &own_names;
+  const std::vector<DeclaredKind>* kinds = &own_kinds;
+  if (entry != nullptr) {
+    const int recompiles = sqlite3_stmt_status(stmt, SQLITE_STMTSTATUS_REPREPARE, 0);
+    if (!entry->described || entry->recompiles != recompiles) {
+      Describe(stmt, entry->names, entry->kinds);
+      entry->described = true;
+      entry->recompiles = recompiles;
+    }
+    names = &entry->names;
+    kinds = &entry->kinds;
+  } else {
+    Describe(stmt, own_names, own_kinds);
+  }
+
+  std::vector<Variant> values;
+  int32_t rows = 0;
+  for (; step == SQLITE_ROW; step = sqlite3_step(stmt)) {
+    if (rows == INT32_MAX) return false;
+    for (int c = 0; c < columns; ++c) {
+      values.push_back(sqlite_support::ColumnValue(stmt, c, (*kinds)[c]));
+    }
+    ++rows;
+  }
+  if (step != SQLITE_DONE) return false;
+
+  if (entry != nullptr) {
+    fields = Variant(SafeArray::FromValues(*names));
+  } else {
+    fields = Variant(SafeArray::FromValues(std::move(own_names)));
+  }
+  if (rows > 0) {
+    SafeArray matrix = SafeArray::Matrix(0, rows - 1, 0, columns - 1);
+    // Both are row-major: element (r, c) sits at r * columns + c.
+    matrix.elements() = std::move(values);
+    data = Variant(std::move(matrix));
+  }
+  row_count = rows;
+  return true;
+}
+
 }  // namespace
 
 void SqliteDatabase::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
 
-SqliteDatabase::SqliteDatabase() {
+SqliteDatabase::SqliteDatabase()
+    : statements_(std::make_unique<StatementCache>(kCachedStatements)) {
   if (const char* path = std::getenv("KWX_TRACE_SQL"); path != nullptr && *path != '\0') {
     SetTraceFile(path);
   }
@@ -60,6 +162,8 @@ SqliteDatabase::SqliteDatabase() {
 SqliteDatabase::~SqliteDatabase() = default;
 
 void SqliteDatabase::Close() noexcept {
+  // The statements go first: a connection with live statements would linger unclosed.
+  statements_->Clear();
   // Closing rolls back whatever transaction is still open.
   db_.reset();
   depth_ = 0;
@@ -76,6 +180,13 @@ bool SqliteDatabase::blnOpenDatabase(std::string& path) {
   if (sqlite3_exec(db.get(), "PRAGMA foreign_keys = ON", nullptr, nullptr, nullptr) !=
           SQLITE_OK ||
       !sqlite_support::RegisterJetFunctions(db.get())) {
+    return false;
+  }
+  // Safety first (see the class comment): a commit is on disk when it returns. A file system
+  // without shared memory refuses WAL and the file keeps its rollback journal.
+  sqlite3_exec(db.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+  if (sqlite3_exec(db.get(), "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr) !=
+      SQLITE_OK) {
     return false;
   }
   // Another program may hold the file for a moment; wait rather than fail at once.
@@ -112,10 +223,43 @@ bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant
 
 bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant& data) {
   if (!db_) return false;
-  const std::string text = TranslateJetSql(sql);
+  if (sql.size() > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
+  ParameterizedSql lifted = ParameterizeJetSql(sql);
+  if (lifted.lifted) {
+    StatementCache::Entry* entry = statements_->Find(lifted.shape);
+    if (entry == nullptr) {
+      sqlite3_stmt* raw = nullptr;
+      const char* tail = nullptr;
+      const int rc = sqlite3_prepare_v3(db_.get(), lifted.shape.data(),
+                                        static_cast<int>(lifted.shape.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &raw, &tail);
+      StatementPtr stmt(raw);
+      if (rc == SQLITE_OK && stmt) {
+        // A second statement is refused before anything runs; the plain text holds it too.
+        const char* end = lifted.shape.data() + lifted.shape.size();
+        if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
+          return false;
+        }
+        if (sqlite3_bind_parameter_count(stmt.get()) ==
+            static_cast<int>(lifted.values.size())) {
+          entry = statements_->Insert(lifted.shape, stmt.release());
+        }
+      }
+      // Otherwise a literal stood where SQLite takes no value (a quoted name, too many
+      // values): the plain translation below decides.
+    }
+    if (entry != nullptr) {
+      Bind(entry->stmt, lifted.values);
+      const bool ok = Run(db_.get(), entry->stmt, entry, row_count_, fields, data);
+      sqlite3_reset(entry->stmt);
+      sqlite3_clear_bindings(entry->stmt);
+      return ok;
+    }
+  }
+
+  const std::string text = lifted.lifted ? TranslateJetSql(sql) : std::move(lifted.shape);
   sqlite3_stmt* raw = nullptr;
   const char* tail = nullptr;
-  if (text.size() > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
   const int rc = sqlite3_prepare_v2(db_.get(), text.data(), static_cast<int>(text.size()), &raw,
                                     &tail);
   StatementPtr stmt(raw);
@@ -126,52 +270,7 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
   if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
     return false;
   }
-
-  const int columns = sqlite3_column_count(stmt.get());
-  if (columns == 0) {
-    // sqlite3_changes keeps the count of the last data statement, so a statement that changes
-    // nothing (DDL) would report a stale count; the running total tells whether this one did.
-    const int64_t before = sqlite3_total_changes64(db_.get());
-    if (sqlite3_step(stmt.get()) != SQLITE_DONE) return false;
-    const int64_t changed =
-        sqlite3_total_changes64(db_.get()) == before ? 0 : sqlite3_changes64(db_.get());
-    row_count_ = static_cast<int32_t>(std::min<int64_t>(changed, INT32_MAX));
-    return true;
-  }
-
-  std::vector<Variant> names;
-  std::vector<DeclaredKind> kinds;
-  names.reserve(columns);
-  kinds.reserve(columns);
-  for (int c = 0; c < columns; ++c) {
-    const char* name = sqlite3_column_name(stmt.get(), c);
-    names.emplace_back(std::string(name != nullptr ? name : ""));
-    kinds.push_back(
-        sqlite_support::KindOfDeclaredType(sqlite3_column_decltype(stmt.get(), c)));
-  }
-
-  std::vector<Variant> values;
-  int32_t rows = 0;
-  for (;;) {
-    const int step = sqlite3_step(stmt.get());
-    if (step == SQLITE_DONE) break;
-    if (step != SQLITE_ROW) return false;
-    if (rows == INT32_MAX) return false;
-    for (int c = 0; c < columns; ++c) {
-      values.push_back(sqlite_support::ColumnValue(stmt.get(), c, kinds[c]));
-    }
-    ++rows;
-  }
-
-  fields = Variant(SafeArray::FromValues(std::move(names)));
-  if (rows > 0) {
-    SafeArray matrix = SafeArray::Matrix(0, rows - 1, 0, columns - 1);
-    // Both are row-major: element (r, c) sits at r * columns + c.
-    matrix.elements() = std::move(values);
-    data = Variant(std::move(matrix));
-  }
-  row_count_ = rows;
-  return true;
+  return Run(db_.get(), stmt.get(), nullptr, row_count_, fields, data);
 }
 
 int32_t SqliteDatabase::lngRowCount() { return row_count_; }

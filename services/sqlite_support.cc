@@ -168,5 +168,31 @@ bool TailIsEmpty(std::string_view tail) {
   return true;
 }
 
+StatementCache::Entry* StatementCache::Find(const std::string& shape) {
+  const auto found = index_.find(shape);
+  if (found == index_.end()) return nullptr;
+  order_.splice(order_.begin(), order_, found->second);
+  return &found->second->second;
+}
+
+StatementCache::Entry* StatementCache::Insert(const std::string& shape, sqlite3_stmt* stmt) {
+  if (index_.size() >= capacity_ && !order_.empty()) {
+    auto& oldest = order_.back();
+    sqlite3_finalize(oldest.second.stmt);
+    index_.erase(oldest.first);
+    order_.pop_back();
+  }
+  order_.emplace_front(shape, Entry{});
+  order_.front().second.stmt = stmt;
+  index_.emplace(order_.front().first, order_.begin());
+  return &order_.front().second;
+}
+
+void StatementCache::Clear() noexcept {
+  for (auto& [shape, entry] : order_) sqlite3_finalize(entry.stmt);
+  index_.clear();
+  order_.clear();
+}
+
 }  // namespace sqlite_support
 }  // namespace kwx

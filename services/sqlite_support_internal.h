@@ -1,11 +1,17 @@
 // SQLite helpers of the database object, kept out of its public header: typed column values,
-// the Jet functions registered on each connection, and the one-statement check.
+// the Jet functions registered on each connection, the one-statement check and the cache of
+// compiled statements.
 #ifndef KWX_SERVICES_SQLITE_SUPPORT_INTERNAL_H_
 #define KWX_SERVICES_SQLITE_SUPPORT_INTERNAL_H_
 
 #include <sqlite3.h>
 
+#include <cstddef>
+#include <list>
+#include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "automation/variant.h"
 
@@ -31,6 +37,46 @@ bool RegisterJetFunctions(sqlite3* db);
 // True when `tail` (what sqlite3_prepare_v2 left unparsed) holds only blanks, semicolons and
 // comments, so no second statement follows.
 bool TailIsEmpty(std::string_view tail);
+
+// Compiled statements kept by their literal-free shape, the least recently used one dropped
+// when the cache is full. Owns the statements it holds and finalizes them when they are
+// dropped, cleared or the cache is destroyed, so it must be cleared before its connection
+// is closed.
+class StatementCache {
+ public:
+  // A compiled shape and what the last run learned about its result columns.
+  struct Entry {
+    sqlite3_stmt* stmt = nullptr;
+    // Column names and declared kinds, valid while `described` and the statement has not been
+    // recompiled since (SQLite recompiles a statement by itself when the schema changes).
+    std::vector<Variant> names;
+    std::vector<DeclaredKind> kinds;
+    bool described = false;
+    int recompiles = 0;
+  };
+
+  // REQUIRES: capacity >= 1.
+  explicit StatementCache(size_t capacity) : capacity_(capacity) {}
+  ~StatementCache() { Clear(); }
+  StatementCache(const StatementCache&) = delete;
+  StatementCache& operator=(const StatementCache&) = delete;
+
+  // The entry of `shape`, now the most recently used; nullptr when the shape is not held.
+  Entry* Find(const std::string& shape);
+  // Takes ownership of `stmt`, compiled from `shape` (which must not be held yet), dropping
+  // the least recently used entry when full. Answers the new entry.
+  Entry* Insert(const std::string& shape, sqlite3_stmt* stmt);
+  // Finalizes and forgets every statement.
+  void Clear() noexcept;
+  size_t size() const noexcept { return index_.size(); }
+
+ private:
+  using Order = std::list<std::pair<std::string, Entry>>;
+
+  size_t capacity_;
+  Order order_;  // most recently used first
+  std::unordered_map<std::string_view, Order::iterator> index_;  // keys view order_'s texts
+};
 
 }  // namespace sqlite_support
 }  // namespace kwx
