@@ -314,43 +314,36 @@ void SaveMarketAverages(const StoreContext& store, const Company& company) {
   }
 }
 
+// The steps of a save in their order; the first that fails ends the sequence.
 bool SaveSteps(const StoreContext& store, IDatabase& db, Company& company,
                const ReferenceIds& ids, bool update_judgment) {
   if (!SaveRecord(store, db, company, ids)) return false;
   const int32_t id = company.CompanyID;
   const Date last_fy = company.datLastFY;
   const Date latest_q = company.datLatestQEnding;
-  auto no_derived = [](auto&, int) {};
-  if (!SaveSeries(
-          store, id, company.Yearly, Company::kYearlyRows, "=",
-          [&](YearlyRow& row, int i) { row.Year = static_cast<int16_t>(Year(last_fy) - i); },
-          "mdlAccess_UpdateYearly")) {
-    return false;
-  }
-  if (!SaveSeries(
-          store, id, company.Quarterly, Company::kQuarterlyRows, "=",
-          [&](QuarterlyRow& row, int i) {
-            const FiscalQuarter q = QuarterOfElement(i, latest_q, last_fy);
-            row.Quarter = q.quarter;
-            row.Year = q.year;
-          },
-          "mdlAccess_UpdateQuarterly")) {
-    return false;
-  }
-  if (!SaveSeries(
-          store, id, company.Monthly, Company::kMonthlyRows, "=",
-          [](MonthlyRow& row, int i) { row.Month = static_cast<int16_t>(i); },
-          "mdlAccess_UpdateMonthly")) {
-    return false;
-  }
-  if (!SaveSeries(store, id, company.JudgmentPMG, Company::kJudgmentPMGRows, "=", no_derived,
-                  "mdlAccess_UpdatePMG")) {
-    return false;
-  }
-  if (!SaveSeries(store, id, company.JudgmentPERT, company.JudgmentPERT.size(), " = ",
-                  no_derived, "mdlAccess_UpdatePERT")) {
-    return false;
-  }
+  auto latest_first = [&](YearlyRow& row, int i) {
+    row.Year = static_cast<int16_t>(Year(last_fy) - i);
+  };
+  auto by_quarter = [&](QuarterlyRow& row, int i) {
+    const FiscalQuarter q = QuarterOfElement(i, latest_q, last_fy);
+    row.Quarter = q.quarter;
+    row.Year = q.year;
+  };
+  auto by_month = [](MonthlyRow& row, int i) { row.Month = static_cast<int16_t>(i); };
+  auto as_held = [](auto&, int) {};
+  const bool series_saved =
+      SaveSeries(store, id, company.Yearly, Company::kYearlyRows, "=", latest_first,
+                 "mdlAccess_UpdateYearly") &&
+      SaveSeries(store, id, company.Quarterly, Company::kQuarterlyRows, "=", by_quarter,
+                 "mdlAccess_UpdateQuarterly") &&
+      SaveSeries(store, id, company.Monthly, Company::kMonthlyRows, "=", by_month,
+                 "mdlAccess_UpdateMonthly") &&
+      SaveSeries(store, id, company.JudgmentPMG, Company::kJudgmentPMGRows, "=", as_held,
+                 "mdlAccess_UpdatePMG") &&
+      // The PERT update pairs have always been written with blanks around the sign.
+      SaveSeries(store, id, company.JudgmentPERT, company.JudgmentPERT.size(), " = ", as_held,
+                 "mdlAccess_UpdatePERT");
+  if (!series_saved) return false;
   if (!update_judgment) return true;
   if (!SaveJudgments(store, company)) return false;
   SaveMarketAverages(store, company);
@@ -367,12 +360,15 @@ bool SaveCompany(const StoreContext& store, Company& company, bool update_judgme
     const ReferenceIds ids(store, company);
     db->BeginTrans();
     began = true;
-    if (SaveSteps(store, *db, company, ids, update_judgment)) {
+    const bool saved = SaveSteps(store, *db, company, ids, update_judgment);
+    // The transaction ends with the next call whatever that call answers; it is not retried.
+    began = false;
+    if (saved) {
       db->CommitTrans();
-      return true;
+    } else {
+      db->RollbackTrans();
     }
-    db->RollbackTrans();
-    return false;
+    return saved;
   } catch (...) {
     store.ReportCurrent("Access_Update", CompanyParameter(company.CompanyID));
     if (began) ResumeNext([&] { db->RollbackTrans(); });
