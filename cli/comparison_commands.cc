@@ -170,7 +170,7 @@ void AddComparisonCommands(CLI::App& app, Context& ctx) {
     save->add_option("NAME", s->name, "its name")->required();
     save->add_option("ID", s->companies, "the member studies' company IDs, in order")->required();
     save->add_option("--description", s->description, "a description");
-    save->add_option("--id", s->id, "update this " + noun + " instead of adding one");
+    save->add_option("--id", s->id, "replace the header of this " + noun + " (and add the members) instead of adding one");
     save->add_option("--person", s->person, "who made the change");
     if (std::string(k.command) == "comparison") {
       save->add_option("--section", s->section, "the studied section");
