@@ -1,0 +1,161 @@
+// kwx import FILE... | kwx read FILE --json | kwx export ID|SYMBOL EXCHANGE OUT
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "automation/conversions.h"
+#include "automation/text.h"
+#include "cli/commands.h"
+#include "cli/company_json.h"
+#include "cli/context.h"
+#include "model/company.h"
+
+namespace kwx::cli {
+namespace {
+
+// The name that stands for standard input.
+constexpr const char* kStandardInput = "-";
+
+// The layout of `path`: `forced` when given, else the file's extension. Raises CommandError
+// (exit 2) when neither names one.
+enumDataFile FormatOf(const std::string& path, const std::string& forced) {
+  std::string name = forced;
+  if (name.empty()) {
+    if (path == kStandardInput) return idSSG;  // a stream without a format is SSG
+    name = std::filesystem::path(path).extension().string();
+    if (!name.empty()) name.erase(0, 1);
+  }
+  if (EqualsNoCase(name, "ssg")) return idSSG;
+  if (EqualsNoCase(name, "kwx")) return idKWX;
+  throw CommandError("cannot tell the layout of '" + path + "' (use --format ssg|kwx)", 2);
+}
+
+// Reads one study from `path` (or standard input) into `company`. The loader is silent about
+// files it cannot read, so a study without a symbol counts as nothing imported.
+bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
+               Company& company) {
+  if (path == kStandardInput) {
+    std::string text(std::istreambuf_iterator<char>(*ctx.in), {});
+    loader.Stream_Get(text, company, format);
+  } else if (format == idKWX) {
+    loader.KWX_Get(path, company);
+  } else {
+    loader.SSG_Get(path, company);
+  }
+  return !company.strSymbol.empty();
+}
+
+// Loads the study named by a company ID or by a symbol and an exchange; raises CommandError
+// when it is not found.
+Company LoadNamedStudy(Context& ctx, const std::vector<std::string>& ids) {
+  kwxLoader& loader = ctx.OpenLoader();
+  Company company;
+  if (ids.size() == 1 && IsNumeric(Variant(ids[0]))) {
+    loader.Access_Get(CLng(Variant(ids[0])), "", "", company);
+  } else if (ids.size() == 2) {
+    loader.Access_Get(0, ids[0], ids[1], company);
+  } else {
+    throw CommandError("give a company ID, or a symbol and an exchange", 2);
+  }
+  PrintErrorReports(loader, *ctx.err);
+  if (company.CompanyID < 1) throw CommandError("no study found for " + ids[0]);
+  return company;
+}
+
+struct ImportArgs {
+  std::vector<std::string> files;
+  std::string format;
+};
+
+struct ReadArgs {
+  std::string file;
+  std::string format;
+  bool json = false;
+};
+
+struct ExportArgs {
+  std::vector<std::string> words;  // the study's ID or symbol and exchange, then the file
+};
+
+}  // namespace
+
+void AddFileCommands(CLI::App& app, Context& ctx) {
+  const auto formats = CLI::IsMember({"ssg", "kwx"});
+
+  auto im = std::make_shared<ImportArgs>();
+  auto* import = app.add_subcommand(
+      "import", "import SSG or KWX files ('-' reads standard input) and save each study");
+  import->add_option("FILE", im->files, "data files (.ssg or .kwx)")->required();
+  import->add_option("--format", im->format, "the layout of every file")->check(formats);
+  import->callback([&ctx, im] {
+    kwxLoader& loader = ctx.OpenLoader();
+    int failed = 0;
+    for (const std::string& file : im->files) {
+      Company company;
+      if (!ReadStudy(ctx, loader, file, FormatOf(file, im->format), company)) {
+        *ctx.err << "kwx: nothing imported from '" << file << "'\n";
+        ++failed;
+        continue;
+      }
+      loader.Access_Update(company);
+      PrintErrorReports(loader, *ctx.err);
+      if (company.CompanyID < 1) {
+        *ctx.err << "kwx: '" << file << "' could not be saved\n";
+        ++failed;
+        continue;
+      }
+      *ctx.out << company.CompanyID << "\t" << company.strSymbol << "\t" << company.strName
+               << "\n";
+    }
+    if (failed > 0) {
+      throw CommandError(std::to_string(failed) + " of " + std::to_string(im->files.size()) +
+                         " files not imported");
+    }
+  });
+
+  auto rd = std::make_shared<ReadArgs>();
+  auto* read = app.add_subcommand(
+      "read", "read an SSG or KWX file ('-' for standard input) without saving it");
+  read->add_option("FILE", rd->file, "the data file")->required();
+  read->add_option("--format", rd->format, "the file's layout")->check(formats);
+  read->add_flag("--json", rd->json, "print the whole study as JSON");
+  read->callback([&ctx, &app, rd] {
+    // Names are reconciled with a database only when the user named one.
+    const bool named_db = app.get_option("--db")->count() > 0 || std::getenv("KWX_DB");
+    kwxLoader& loader = named_db ? ctx.OpenLoader() : ctx.Loader();
+    Company company;
+    if (!ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company)) {
+      throw CommandError("nothing imported from '" + rd->file + "'");
+    }
+    if (rd->json) {
+      *ctx.out << CompanyJson(company).dump(2) << "\n";
+    } else {
+      *ctx.out << company.strSymbol << "\t" << company.strName << "\n";
+    }
+  });
+
+  auto ex = std::make_shared<ExportArgs>();
+  auto* exp = app.add_subcommand(
+      "export", "write a saved study (by ID, or SYMBOL EXCHANGE) to OUT.kwx or OUT.ssg");
+  exp->add_option("STUDY_AND_FILE", ex->words, "ID OUT, or SYMBOL EXCHANGE OUT")
+      ->required()
+      ->expected(2, 3);
+  exp->callback([&ctx, ex] {
+    const std::string out = ex->words.back();
+    const enumDataFile format = FormatOf(out, "");
+    Company company =
+        LoadNamedStudy(ctx, std::vector<std::string>(ex->words.begin(), ex->words.end() - 1));
+    kwxLoader& loader = ctx.OpenLoader();
+    const bool written = format == idKWX ? loader.KWX_Update(company, out)
+                                         : loader.SSG_Update(company, out);
+    if (!written) throw CommandError("cannot write '" + out + "'");
+    *ctx.out << out << "\n";
+  });
+}
+
+}  // namespace kwx::cli
