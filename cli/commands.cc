@@ -11,6 +11,7 @@ void AddRefCommands(CLI::App& app, Context& ctx);
 void AddStudyCommands(CLI::App& app, Context& ctx);
 void AddComparisonCommands(CLI::App& app, Context& ctx);
 void AddFileCommands(CLI::App& app, Context& ctx);
+void AddDefaultsCommands(CLI::App& app, Context& ctx);
 
 void AddCommands(CLI::App& app, Context& ctx) {
   AddDatabaseCommands(app, ctx);
@@ -18,6 +19,7 @@ void AddCommands(CLI::App& app, Context& ctx) {
   AddStudyCommands(app, ctx);
   AddComparisonCommands(app, ctx);
   AddFileCommands(app, ctx);
+  AddDefaultsCommands(app, ctx);
 }
 
 }  // namespace kwx::cli
