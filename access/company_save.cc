@@ -355,6 +355,9 @@ bool SaveSteps(const StoreContext& store, IDatabase& db, Company& company,
 bool SaveCompany(const StoreContext& store, Company& company, bool update_judgment) noexcept {
   IDatabase* db = nullptr;
   bool began = false;
+  // A rolled-back insert leaves no row behind, so the study must not keep the ID it was given
+  // inside the transaction: the next save would update a row that does not exist.
+  const int32_t id_before = company.CompanyID;
   try {
     db = &store.database();
     const ReferenceIds ids(store, company);
@@ -366,11 +369,13 @@ bool SaveCompany(const StoreContext& store, Company& company, bool update_judgme
     if (saved) {
       db->CommitTrans();
     } else {
+      company.CompanyID = id_before;
       db->RollbackTrans();
     }
     return saved;
   } catch (...) {
     store.ReportCurrent("Access_Update", CompanyParameter(company.CompanyID));
+    company.CompanyID = id_before;
     if (began) ResumeNext([&] { db->RollbackTrans(); });
     return false;
   }

@@ -19,9 +19,9 @@ namespace kwx {
 // Year, Quarter and Month columns still derived); elements beyond the length are not written.
 // Series rows already stored are overwritten in key order from the company's smallest key.
 //
-// Answers true when the transaction was committed; false when a step failed and everything
-// was rolled back (the DJAverages row never decides that). Errors are reported to the
-// store's sink with their location; never raises.
+// Answers true when the transaction was committed; false when a step failed, everything was
+// rolled back and CompanyID is as it was before (the DJAverages row never decides that).
+// Errors are reported to the store's sink with their location; never raises.
 bool SaveCompany(const StoreContext& store, Company& company, bool update_judgment) noexcept;
 
 }  // namespace kwx
