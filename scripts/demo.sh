@@ -12,9 +12,9 @@ mkdir -p "$(dirname "$db")"
 if "$kwx" --help | grep -q '^  init'; then
   "$kwx" --db "$db" init
 fi
-if "$kwx" --help | grep -q '^  import' && compgen -G "$root/samples/*.kwx" >/dev/null; then
+if "$kwx" --help | grep -q '^  import' && compgen -G "$root/samples/studies/*.kwx" >/dev/null; then
   echo "== importing the sample studies"
-  "$kwx" --db "$db" import "$root"/samples/*.kwx "$root"/samples/*.ssg
+  "$kwx" --db "$db" import "$root"/samples/studies/*.kwx
   echo "== kwx list"
   "$kwx" --db "$db" list
   first=$("$kwx" --db "$db" list --json | sed -n 's/.*"CompanyID": *\([0-9]*\).*/\1/p' | head -n 1)
