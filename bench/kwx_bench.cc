@@ -1,0 +1,515 @@
+// kwx-bench: how fast the loader saves, loads and parses studies against the raw limit of
+// direct SQLite calls, how load latency grows with the database, and the peak memory of a
+// bulk import. Run `kwx-bench --quick` for a run under a minute; the ratios come last as
+// "ratio NAME VALUE" lines for scripts.
+#include <fcntl.h>
+#include <spawn.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "automation/conversions.h"
+#include "automation/registry.h"
+#include "automation/text.h"
+#include "bench/statement_replay.h"
+#include "loader/kwx_loader.h"
+#include "model/company.h"
+#include "services/builtin_services.h"
+#include "services/create_database.h"
+#include "services/sqlite_database.h"
+#include "services/sqlite_support_internal.h"
+
+extern char** environ;
+
+namespace kwx::bench {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+double Seconds(Clock::time_point from) {
+  return std::chrono::duration<double>(Clock::now() - from).count();
+}
+
+struct Sizes {
+  int save = 2000;          // studies per save run
+  int parse = 20000;        // field arrays per parse run
+  int repeats = 3;          // runs per figure; the best counts (the machine is shared)
+  int scale_small = 1000;
+  int scale_large = 100000;
+  int lookups = 400;        // loads per latency figure
+  int import_small = 1000;
+  int import_large = 10000;
+};
+
+[[noreturn]] void Fail(const std::string& what) {
+  std::fprintf(stderr, "kwx-bench: %s\n", what.c_str());
+  std::exit(1);
+}
+
+// The sample studies the benchmark saves over and over, as KWX texts.
+std::vector<std::string> SampleTexts() {
+  const char* env = std::getenv("KWX_SOURCE_DIR");
+  const fs::path dir = fs::path(env != nullptr ? env : KWX_SOURCE_DIR) / "samples" / "studies";
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::directory_iterator(dir)) {
+    if (entry.path().extension() == ".kwx") files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  std::vector<std::string> texts;
+  for (const fs::path& f : files) {
+    std::ifstream in(f, std::ios::binary);
+    texts.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+  if (texts.empty()) Fail("no sample studies in " + dir.string());
+  return texts;
+}
+
+// A loader whose database object the benchmark can reach (for the outer transaction and the
+// trace), opened on `path`, with the sample studies parsed on it so that their reference rows
+// exist, always in the same order and so with the same IDs in every database.
+class LoaderSide {
+ public:
+  LoaderSide(const std::string& path, const std::vector<std::string>& texts)
+      : guard_(progid::kDatabase, [this] {
+          db_ = std::make_shared<SqliteDatabase>();
+          return db_;
+        }) {
+    loader_ = std::make_unique<kwxLoader>();
+    if (!path.empty() && !loader_->Access_blnOpenDatabase(path)) Fail("cannot open " + path);
+    for (const std::string& text : texts) {
+      Company c;
+      loader_->Stream_Get(text, c, idKWX);
+      if (c.strSymbol.empty()) Fail("a sample study did not parse");
+      studies_.push_back(std::move(c));
+    }
+  }
+  kwxLoader& loader() { return *loader_; }
+  SqliteDatabase& db() { return *db_; }
+  // A copy of sample study `k` (cycling) as a new study with `symbol`.
+  Company Study(size_t k, const std::string& symbol) const {
+    Company c = studies_[k % studies_.size()];
+    c.CompanyID = 0;
+    c.strSymbol = symbol;
+    return c;
+  }
+  std::string Exchange(size_t k) const {
+    return CStr(studies_[k % studies_.size()].GetProperty("ExchangeID"));
+  }
+  size_t count() const { return studies_.size(); }
+
+ private:
+  ScopedRegistration guard_;
+  std::shared_ptr<SqliteDatabase> db_;
+  std::unique_ptr<kwxLoader> loader_;
+  std::vector<Company> studies_;
+};
+
+// A raw connection with the settings the database object uses.
+struct RawDb {
+  explicit RawDb(const std::string& path) {
+    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+      Fail("cannot open " + path);
+    }
+    sqlite3_exec(db, "PRAGMA foreign_keys = ON", nullptr, nullptr, nullptr);
+    sqlite3_exec(db, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+    sqlite3_exec(db, "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr);
+    sqlite3_busy_timeout(db, 5000);
+    // The save's day-of-averages statement compares dates with the Jet function.
+    sqlite_support::RegisterJetFunctions(db);
+  }
+  ~RawDb() { sqlite3_close_v2(db); }
+  void Exec(const char* sql) {
+    if (sqlite3_exec(db, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+      Fail(std::string(sql) + ": " + sqlite3_errmsg(db));
+    }
+  }
+  sqlite3* db = nullptr;
+};
+
+class Bench {
+ public:
+  Bench(Sizes sizes, fs::path dir) : sizes_(sizes), dir_(std::move(dir)), texts_(SampleTexts()) {}
+
+  void Run() {
+    Capture();
+    Parse();
+    Save();
+    Load();
+    Scale();
+    Memory();
+    std::printf("\n");
+    std::printf("ratio save_per_study %.2f\n", save_per_study_);
+    std::printf("ratio save_batched %.2f\n", save_batched_);
+    std::printf("ratio load %.2f\n", load_);
+    std::printf("ratio load_scale_1k_to_100k %.2f\n", load_scale_);
+  }
+
+ private:
+  std::string FreshDb(const std::string& name) {
+    const std::string path = (dir_ / name).string();
+    for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(path + suffix);
+    const Status created = CreateDatabase(path);
+    if (!created.ok()) Fail(created.message());
+    return path;
+  }
+
+  // Records, for each sample study, the statements the loader runs to save it as a new study
+  // and to load it by ID: the raw side replays exactly those rows.
+  void Capture() {
+    const std::string path = FreshDb("capture.db");
+    LoaderSide side(path, texts_);
+    Variant fields, data;
+    for (size_t k = 0; k < side.count(); ++k) {
+      // The study saved before the captured one takes the ID below it, so the captured one
+      // gets the ID the replay recognises.
+      const std::string pad = "insert into Company (CompanyID, strName) select " +
+                              std::to_string(kCaptureCompanyID - 2) + ", 'pad'";
+      side.db().blnExecute("Delete * From Company", fields, data);
+      side.db().blnExecute("delete from sqlite_sequence where name = 'Company'", fields, data);
+      if (!side.db().blnExecute(pad, fields, data)) Fail("cannot prepare the capture");
+      Company warm = side.Study(k, "WARM");
+      side.loader().Access_Update(warm);
+
+      std::vector<std::string> lines;
+      side.db().SetTraceCallback([&](std::string_view line) { lines.emplace_back(line); });
+      Company captured = side.Study(k, std::string(kCaptureSymbol));
+      side.loader().Access_Update(captured);
+      if (captured.CompanyID != kCaptureCompanyID) Fail("the captured save got another ID");
+      saves_.push_back(std::make_unique<StatementReplay>());
+      for (const std::string& line : lines) {
+        const auto entry = nlohmann::json::parse(line);
+        const std::string sql = entry["sql"];
+        if (entry["ok"] && entry["rows"] > 0 && !IsQuery(sql)) saves_.back()->Add(sql);
+      }
+      lines.clear();
+      Company loaded;
+      side.loader().Access_Get(kCaptureCompanyID, "", "", loaded);
+      loads_.push_back(std::make_unique<StatementReplay>());
+      for (const std::string& line : lines) {
+        const auto entry = nlohmann::json::parse(line);
+        const std::string sql = entry["sql"];
+        if (entry["ok"] && IsQuery(sql)) loads_.back()->Add(sql);
+      }
+      side.db().SetTraceCallback(nullptr);
+    }
+    std::printf("kwx-bench: %zu sample studies; a save writes %zu statements' rows, a load "
+                "reads %zu queries\n",
+                side.count(), saves_[0]->size(), loads_[0]->size());
+    std::printf("SQLite settings on both sides: journal_mode=WAL, synchronous=FULL, "
+                "foreign_keys=ON\n\n");
+  }
+
+  static bool IsQuery(const std::string& sql) {
+    return sql.size() >= 6 && EqualsNoCase(std::string_view(sql).substr(0, 6), "select");
+  }
+
+  void Parse() {
+    LoaderSide side("", texts_);
+    double best = 0;
+    for (int r = 0; r < sizes_.repeats; ++r) {
+      const auto start = Clock::now();
+      for (int i = 0; i < sizes_.parse; ++i) {
+        Company c;
+        side.loader().Stream_Get(texts_[i % texts_.size()], c, idKWX);
+      }
+      best = std::max(best, sizes_.parse / Seconds(start));
+    }
+    std::printf("parse  Stream_Get (KWX, no database)   %10.0f field arrays/s\n\n", best);
+  }
+
+  // Studies per second written by the loader, and by the raw replay, into fresh files.
+  double SaveLoader(bool batched, int n) {
+    LoaderSide side(FreshDb("save-loader.db"), texts_);
+    const auto start = Clock::now();
+    if (batched) side.db().BeginTrans();
+    for (int i = 0; i < n; ++i) {
+      Company c = side.Study(i, "L" + std::to_string(i));
+      side.loader().Access_Update(c);
+      if (c.CompanyID < 1) Fail("the loader did not save a study");
+    }
+    if (batched) side.db().CommitTrans();
+    return n / Seconds(start);
+  }
+  double SaveRaw(bool batched, int n) {
+    const std::string path = FreshDb("save-raw.db");
+    { LoaderSide refs(path, texts_); }
+    RawDb raw(path);
+    const auto start = Clock::now();
+    if (batched) raw.Exec("SAVEPOINT kwx_trans");
+    for (int i = 0; i < n; ++i) {
+      if (saves_[i % saves_.size()]->Save(raw.db, "R" + std::to_string(i), true) == 0) {
+        Fail(std::string("the raw save failed: ") + sqlite3_errmsg(raw.db));
+      }
+    }
+    if (batched) raw.Exec("RELEASE SAVEPOINT kwx_trans");
+    const double rate = n / Seconds(start);
+    for (auto& s : saves_) s->Reset();
+    return rate;
+  }
+
+  void Save() {
+    for (bool batched : {false, true}) {
+      // Per-study commits wait for the disk, so fewer of them give a stable figure.
+      const int n = batched ? sizes_.save : std::max(50, sizes_.save / 4);
+      double loader = 0, raw = 0;
+      for (int r = 0; r < sizes_.repeats; ++r) {
+        loader = std::max(loader, SaveLoader(batched, n));
+        raw = std::max(raw, SaveRaw(batched, n));
+      }
+      std::printf("save   %-28s loader %8.0f studies/s   raw %8.0f studies/s   (%d studies)\n",
+                  batched ? "one outer transaction" : "a transaction per study", loader, raw, n);
+      (batched ? save_batched_ : save_per_study_) = loader / raw;
+    }
+    std::printf("\n");
+  }
+
+  void Load() {
+    const int n = sizes_.save;
+    const std::string path = FreshDb("load.db");
+    LoaderSide side(path, texts_);
+    side.db().BeginTrans();
+    for (int i = 0; i < n; ++i) {
+      Company c = side.Study(i, "L" + std::to_string(i));
+      side.loader().Access_Update(c);
+    }
+    side.db().CommitTrans();
+    RawDb raw(path);
+    double loader = 0, raw_rate = 0;
+    for (int r = 0; r < sizes_.repeats; ++r) {
+      auto start = Clock::now();
+      for (int id = 1; id <= n; ++id) {
+        Company c;
+        side.loader().Access_Get(id, "", "", c);
+        if (c.CompanyID != id) Fail("the loader did not load study " + std::to_string(id));
+      }
+      loader = std::max(loader, n / Seconds(start));
+      start = Clock::now();
+      for (int id = 1; id <= n; ++id) {
+        if (loads_[(id - 1) % loads_.size()]->Load(raw.db, id) < 0) Fail("the raw load failed");
+      }
+      raw_rate = std::max(raw_rate, n / Seconds(start));
+    }
+    for (auto& l : loads_) l->Reset();
+    std::printf("load   by ID                         loader %8.0f studies/s   raw %8.0f studies/s   "
+                "(%d studies)\n\n",
+                loader, raw_rate, n);
+    load_ = loader / raw_rate;
+  }
+
+  // Copies studies 1..(want - have) as studies have+1.., each with a symbol of its own, until
+  // the database holds `want` studies numbered from 1.
+  static void Grow(RawDb& raw, int have, int want) {
+    std::vector<std::string> tables;
+    sqlite3_stmt* list = nullptr;
+    sqlite3_prepare_v2(raw.db, "select name from sqlite_master where type = 'table'", -1,
+                       &list, nullptr);
+    while (sqlite3_step(list) == SQLITE_ROW) {
+      tables.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(list, 0)));
+    }
+    sqlite3_finalize(list);
+    raw.Exec("BEGIN");
+    while (have < want) {
+      const int add = std::min(have, want - have);
+      const std::string off = std::to_string(have);
+      for (const std::string& table : tables) {
+        std::vector<std::string> columns;
+        bool per_company = false;
+        sqlite3_stmt* info = nullptr;
+        sqlite3_prepare_v2(raw.db, ("PRAGMA table_info(\"" + table + "\")").c_str(), -1, &info,
+                           nullptr);
+        while (sqlite3_step(info) == SQLITE_ROW) {
+          const std::string name = reinterpret_cast<const char*>(sqlite3_column_text(info, 1));
+          const bool key = sqlite3_column_int(info, 5) != 0;
+          if (name == "CompanyID") per_company = true;
+          if (!key || name == "CompanyID") columns.push_back(name);
+        }
+        sqlite3_finalize(info);
+        if (!per_company) continue;
+        std::string into, select;
+        for (const std::string& c : columns) {
+          into += (into.empty() ? "\"" : ", \"") + c + "\"";
+          std::string value = "\"" + c + "\"";
+          if (c == "CompanyID") value = "CompanyID + " + off;
+          if (c == "strSymbol") value = "'S' || (CompanyID + " + off + ")";
+          select += (select.empty() ? "" : ", ") + value;
+        }
+        const std::string sql = "insert into \"" + table + "\" (" + into + ") select " + select +
+                                " from \"" + table + "\" where CompanyID <= " +
+                                std::to_string(add);
+        raw.Exec(sql.c_str());
+      }
+      have += add;
+    }
+    raw.Exec("COMMIT");
+  }
+
+  // Mean seconds per load by ID and by symbol, over random studies of 1..n.
+  std::pair<double, double> Latency(LoaderSide& side, int n) {
+    std::mt19937 rng(7);
+    std::vector<int> ids(sizes_.lookups);
+    for (int& id : ids) id = 1 + static_cast<int>(rng() % n);
+    double by_id = 1e9, by_symbol = 1e9;
+    for (int r = 0; r < sizes_.repeats; ++r) {
+      auto start = Clock::now();
+      for (int id : ids) {
+        Company c;
+        side.loader().Access_Get(id, "", "", c);
+        if (c.CompanyID != id) Fail("study " + std::to_string(id) + " not loaded");
+      }
+      by_id = std::min(by_id, Seconds(start) / ids.size());
+      start = Clock::now();
+      for (int id : ids) {
+        Company c;
+        side.loader().Access_Get(0, "S" + std::to_string(id), side.Exchange(id - 1), c);
+        if (c.CompanyID != id) Fail("study S" + std::to_string(id) + " not loaded by symbol");
+      }
+      by_symbol = std::min(by_symbol, Seconds(start) / ids.size());
+    }
+    return {by_id, by_symbol};
+  }
+
+  void Scale() {
+    const std::string path = FreshDb("scale.db");
+    {
+      LoaderSide refs(path, texts_);
+    }
+    auto fill = Clock::now();
+    {
+      RawDb raw(path);
+      raw.Exec("SAVEPOINT kwx_trans");
+      for (int i = 1; i <= sizes_.scale_small; ++i) {
+        if (saves_[(i - 1) % saves_.size()]->Save(raw.db, "S" + std::to_string(i), true) != i) {
+          Fail("the scale database did not fill");
+        }
+      }
+      raw.Exec("RELEASE SAVEPOINT kwx_trans");
+      for (auto& s : saves_) s->Reset();
+    }
+    std::pair<double, double> small, large;
+    {
+      LoaderSide side(path, texts_);
+      small = Latency(side, sizes_.scale_small);
+    }
+    {
+      RawDb raw(path);
+      Grow(raw, sizes_.scale_small, sizes_.scale_large);
+    }
+    const double fill_seconds = Seconds(fill);
+    {
+      LoaderSide side(path, texts_);
+      large = Latency(side, sizes_.scale_large);
+    }
+    std::printf("scale  load latency          %7d studies: by ID %7.1f us   by symbol %7.1f us\n",
+                sizes_.scale_small, small.first * 1e6, small.second * 1e6);
+    std::printf("scale  load latency          %7d studies: by ID %7.1f us   by symbol %7.1f us\n",
+                sizes_.scale_large, large.first * 1e6, large.second * 1e6);
+    std::printf("       (database of %d studies, %.0f MB, built in %.0f s)\n\n", sizes_.scale_large,
+                fs::file_size(path) / 1048576.0 +
+                    (fs::exists(path + "-wal") ? fs::file_size(path + "-wal") / 1048576.0 : 0),
+                fill_seconds);
+    load_scale_ = std::max(large.first / small.first, large.second / small.second);
+    for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(path + suffix);
+  }
+
+  // Peak resident memory (KB) and seconds of `kwx import` of n generated files, in a child.
+  std::pair<long, double> Import(int n) {
+    const fs::path files = dir_ / ("import-" + std::to_string(n));
+    fs::create_directories(files);
+    std::vector<std::string> args = {"kwx", "--db", FreshDb("import.db"), "import"};
+    for (int i = 0; i < n; ++i) {
+      // Position 4 of the KWX layout is the symbol: each file a study of its own.
+      std::string text = texts_[i % texts_.size()];
+      size_t at = 0;
+      for (int line = 0; line < 4; ++line) at = text.find('\n', at) + 1;
+      const size_t end = text.find('\r', at);
+      text.replace(at, end - at, "M" + std::to_string(i));
+      const std::string file = (files / ("M" + std::to_string(i) + ".kwx")).string();
+      std::ofstream(file, std::ios::binary) << text;
+      args.push_back(file);
+    }
+    const char* env = std::getenv("KWX_CLI");
+    const std::string program = env != nullptr ? env : KWX_CLI_PATH;
+    std::vector<char*> argv;
+    for (std::string& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    pid_t pid = 0;
+    const auto start = Clock::now();
+    if (posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), environ) != 0) {
+      Fail("cannot run " + program);
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    int status = 0;
+    struct rusage usage {};
+    if (wait4(pid, &status, 0, &usage) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+      Fail("kwx import of " + std::to_string(n) + " files failed");
+    }
+    const double seconds = Seconds(start);
+    fs::remove_all(files);
+    return {usage.ru_maxrss, seconds};
+  }
+
+  void Memory() {
+    const auto small = Import(sizes_.import_small);
+    const auto large = Import(sizes_.import_large);
+    std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s)\n", sizes_.import_small,
+                small.first / 1024.0, small.second);
+    std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s)\n", sizes_.import_large,
+                large.first / 1024.0, large.second);
+  }
+
+  Sizes sizes_;
+  fs::path dir_;
+  std::vector<std::string> texts_;
+  std::vector<std::unique_ptr<StatementReplay>> saves_;
+  std::vector<std::unique_ptr<StatementReplay>> loads_;
+  double save_per_study_ = 0, save_batched_ = 0, load_ = 0, load_scale_ = 0;
+};
+
+}  // namespace
+}  // namespace kwx::bench
+
+int main(int argc, char** argv) {
+  using namespace kwx::bench;
+  Sizes sizes;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--quick") == 0) {
+      sizes.save = 300;
+      sizes.parse = 3000;
+      sizes.repeats = 2;
+      sizes.scale_large = 100000;
+      sizes.lookups = 200;
+      sizes.import_small = 200;
+      sizes.import_large = 1000;
+    } else {
+      std::fprintf(stderr, "usage: kwx-bench [--quick]\n");
+      return 2;
+    }
+  }
+  kwx::RegisterBuiltinServices();
+  const fs::path dir = fs::temp_directory_path() / ("kwx-bench-" + std::to_string(::getpid()));
+  fs::create_directories(dir);
+  Bench(sizes, dir).Run();
+  fs::remove_all(dir);
+  return 0;
+}
