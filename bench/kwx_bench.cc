@@ -56,6 +56,7 @@ struct Sizes {
   int lookups = 400;        // loads per latency figure
   int import_small = 1000;
   int import_large = 10000;
+  std::string only;         // one section alone (for profiling), or all
 };
 
 [[noreturn]] void Fail(const std::string& what) {
@@ -149,11 +150,14 @@ class Bench {
 
   void Run() {
     Capture();
-    Parse();
-    Save();
-    Load();
-    Scale();
-    Memory();
+    auto wanted = [&](const char* section) {
+      return sizes_.only.empty() || sizes_.only == section;
+    };
+    if (wanted("parse")) Parse();
+    if (wanted("save")) Save();
+    if (wanted("load")) Load();
+    if (wanted("scale")) Scale();
+    if (wanted("memory")) Memory();
     std::printf("\n");
     std::printf("ratio save_per_study %.2f\n", save_per_study_);
     std::printf("ratio save_batched %.2f\n", save_batched_);
@@ -501,8 +505,11 @@ int main(int argc, char** argv) {
       sizes.lookups = 200;
       sizes.import_small = 200;
       sizes.import_large = 1000;
+    } else if (std::strcmp(argv[i], "--only") == 0 && i + 1 < argc) {
+      sizes.only = argv[++i];
     } else {
-      std::fprintf(stderr, "usage: kwx-bench [--quick]\n");
+      std::fprintf(stderr,
+                   "usage: kwx-bench [--quick] [--only parse|save|load|scale|memory]\n");
       return 2;
     }
   }
