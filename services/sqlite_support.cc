@@ -48,11 +48,18 @@ Variant ByStorage(sqlite3_stmt* stmt, int column) {
   }
 }
 
+constexpr double kFirstSerial = -657434;  // 1/1/100
+constexpr double kLastSerial = 2958465;   // 12/31/9999
+
 std::optional<Date> DateArgument(sqlite3_value* v) {
   switch (sqlite3_value_type(v)) {
     case SQLITE_INTEGER:
-    case SQLITE_FLOAT:
-      return Date{sqlite3_value_double(v)};
+    case SQLITE_FLOAT: {
+      // Serials outside the years 100 to 9999 name no date the date arithmetic can count in.
+      const double serial = sqlite3_value_double(v);
+      if (!(serial >= kFirstSerial && serial < kLastSerial + 1)) return std::nullopt;
+      return Date{serial};
+    }
     case SQLITE_TEXT: {
       const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(v));
       return ParseDate(std::string_view(text, static_cast<size_t>(sqlite3_value_bytes(v))));

@@ -189,6 +189,10 @@ TEST_F(DatabaseTest, DateDiffComparesStoredDatesByDay) {
       {"datediff('d', 46000, 46003)", Variant(int32_t{3})},
       {"datediff('d', 'someday', '11/22/2026')", Variant::Null()},
       {"datediff('d', NULL, '11/22/2026')", Variant::Null()},
+      // Serials beyond the years 100 to 9999 are no dates.
+      {"datediff('d', 1e308, 0)", Variant::Null()},
+      {"datediff('d', 0, -700000)", Variant::Null()},
+      {"datediff('d', 2958465, 2958465)", Variant(int32_t{0})},
   };
   for (const Case& c : cases) {
     const Variant got = Scalar("select " + c.expr);
