@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <sstream>
+#include <unistd.h>
 
 #include "cli/commands.h"
 #include "cli/context.h"
@@ -16,6 +17,7 @@ int Run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
   ctx.in = &in;
   ctx.out = &out;
   ctx.err = &err;
+  ctx.err_is_terminal = &err == &std::cerr && ::isatty(STDERR_FILENO) == 1;
   if (const char* env = std::getenv("KWX_DB"); env && *env) {
     ctx.options.db_path = env;
   } else {

@@ -37,6 +37,8 @@ struct Context {
   std::istream* in = nullptr;
   std::ostream* out = nullptr;
   std::ostream* err = nullptr;
+  // True when `err` is the process's standard error and that is a terminal (progress bars).
+  bool err_is_terminal = false;
 
   // A loader on the chosen platform with no database open (created once).
   kwxLoader& Loader();

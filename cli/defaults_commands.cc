@@ -1,19 +1,21 @@
-// kwx defaults ID [--dry-run] [--json]
+// kwx defaults ID|SYMBOL EXCHANGE [--dry-run] [--json]
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "cli/commands.h"
 #include "cli/company_json.h"
 #include "cli/context.h"
+#include "cli/study_lookup.h"
 #include "model/company.h"
 
 namespace kwx::cli {
 namespace {
 
 struct DefaultsArgs {
-  int32_t id = 0;
+  std::vector<std::string> study;  // an ID, or a symbol and an exchange
   bool dry_run = false;
   bool json = false;
 };
@@ -26,18 +28,14 @@ void AddDefaultsCommands(CLI::App& app, Context& ctx) {
       app.add_subcommand("defaults",
                          "fill a saved study's unset growth rates, trend and projection lines and "
                          "factors, print what changed and save it");
-  cmd->add_option("ID", args->id, "the company ID")->required();
+  cmd->add_option("STUDY", args->study, "the company ID, or SYMBOL EXCHANGE")
+      ->required()
+      ->expected(1, 2);
   cmd->add_flag("--dry-run", args->dry_run, "print the changes without saving them");
   cmd->add_flag("--json", args->json, "print the whole study as JSON instead of the changes");
   cmd->callback([&ctx, args] {
+    Company company = LoadStudy(ctx, args->study);
     kwxLoader& loader = ctx.OpenLoader();
-    Company company;
-    loader.Access_Get(args->id, "", "", company);
-    PrintErrorReports(loader, *ctx.err);
-    // Loading leaves the object untouched when nothing matched, so its ID stays 0.
-    if (company.CompanyID < 1) {
-      throw CommandError("no study found for ID " + std::to_string(args->id));
-    }
     const Company before = company;
     loader.ComputeDefaults(company);
     const std::string changes = DescribeDifferences(before, company);
@@ -51,8 +49,8 @@ void AddDefaultsCommands(CLI::App& app, Context& ctx) {
     // A save reports its failures only through the error reports.
     const bool failed = !loader.ErrorReports().empty();
     PrintErrorReports(loader, *ctx.err);
-    if (failed) throw CommandError("study " + std::to_string(args->id) + " was not saved");
-    if (!args->json) *ctx.out << "saved study " << args->id << "\n";
+    if (failed) throw CommandError("study " + std::to_string(company.CompanyID) + " was not saved");
+    if (!args->json) *ctx.out << "saved study " << company.CompanyID << "\n";
   });
 }
 

@@ -1,5 +1,6 @@
 // kwx import FILE... | kwx read FILE --json | kwx export ID|SYMBOL EXCHANGE OUT
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -13,6 +14,8 @@
 #include "cli/commands.h"
 #include "cli/company_json.h"
 #include "cli/context.h"
+#include "cli/progress.h"
+#include "cli/study_lookup.h"
 #include "model/company.h"
 
 namespace kwx::cli {
@@ -50,33 +53,50 @@ bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDat
   return !company.strSymbol.empty();
 }
 
-// Loads the study named by a company ID or by a symbol and an exchange; raises CommandError
-// when it is not found.
-Company LoadNamedStudy(Context& ctx, const std::vector<std::string>& ids) {
-  kwxLoader& loader = ctx.OpenLoader();
-  Company company;
-  if (ids.size() == 1 && IsNumeric(Variant(ids[0]))) {
-    loader.Access_Get(CLng(Variant(ids[0])), "", "", company);
-  } else if (ids.size() == 2) {
-    loader.Access_Get(0, ids[0], ids[1], company);
-  } else {
-    throw CommandError("give a company ID, or a symbol and an exchange", 2);
-  }
-  PrintErrorReports(loader, *ctx.err);
-  if (company.CompanyID < 1) throw CommandError("no study found for " + ids[0]);
-  return company;
-}
+// Studies saved per outer transaction of a bulk import. Each study's own save nests inside
+// and rolls back alone; a batch commits whole studies only.
+constexpr size_t kImportBatch = 50;
 
 struct ImportArgs {
   std::vector<std::string> files;
   std::string format;
+  bool defaults = false;
 };
 
 struct ReadArgs {
   std::string file;
   std::string format;
   bool json = false;
+  bool defaults = false;
 };
+
+// The KWX layout carries the industry's name but, unlike SSG, the loader adds no Industry row
+// for it, and a save resolves a name the table lacks to no industry. The command adds the row
+// so that an imported study keeps its industry.
+void KeepIndustry(kwxLoader& loader, const Company& company) {
+  if (!company.IndustryID.empty()) loader.Access_AddIndustry(company.IndustryID);
+}
+
+// Imports and saves one file; answers the saved study's ID, 0 when nothing was saved (the
+// reason already written to `err`).
+int32_t ImportOne(Context& ctx, kwxLoader& loader, const std::string& file,
+                  const ImportArgs& args) {
+  Company company;
+  if (!ReadStudy(ctx, loader, file, FormatOf(file, args.format), company)) {
+    *ctx.err << "kwx: nothing imported from '" << file << "'\n";
+    return 0;
+  }
+  if (args.defaults) loader.ComputeDefaults(company);
+  KeepIndustry(loader, company);
+  loader.Access_Update(company);
+  PrintErrorReports(loader, *ctx.err);
+  if (company.CompanyID < 1) {
+    *ctx.err << "kwx: '" << file << "' could not be saved\n";
+    return 0;
+  }
+  *ctx.out << company.CompanyID << "\t" << company.strSymbol << "\t" << company.strName << "\n";
+  return company.CompanyID;
+}
 
 struct ExportArgs {
   std::vector<std::string> words;  // the study's ID or symbol and exchange, then the file
@@ -92,28 +112,31 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
       "import", "import SSG or KWX files ('-' reads standard input) and save each study");
   import->add_option("FILE", im->files, "data files (.ssg or .kwx)")->required();
   import->add_option("--format", im->format, "the layout of every file")->check(formats);
+  import->add_flag("--defaults", im->defaults,
+                   "fill each study's unset analysis defaults before saving it");
   import->callback([&ctx, im] {
     kwxLoader& loader = ctx.OpenLoader();
-    int failed = 0;
-    for (const std::string& file : im->files) {
-      Company company;
-      if (!ReadStudy(ctx, loader, file, FormatOf(file, im->format), company)) {
-        *ctx.err << "kwx: nothing imported from '" << file << "'\n";
-        ++failed;
-        continue;
-      }
-      loader.Access_Update(company);
-      PrintErrorReports(loader, *ctx.err);
-      if (company.CompanyID < 1) {
-        *ctx.err << "kwx: '" << file << "' could not be saved\n";
-        ++failed;
-        continue;
-      }
-      *ctx.out << company.CompanyID << "\t" << company.strSymbol << "\t" << company.strName
-               << "\n";
+    IDatabase* db = loader.database().get();
+    const size_t total = im->files.size();
+    ProgressBar bar(*ctx.err, ctx.err_is_terminal && total > 1, total);
+    size_t failed = 0;
+    for (size_t i = 0; i < total; ++i) {
+      if (db && i % kImportBatch == 0) db->BeginTrans();
+      bar.Clear();
+      if (ImportOne(ctx, loader, im->files[i], *im) == 0) ++failed;
+      ctx.out->flush();
+      if (db && (i % kImportBatch == kImportBatch - 1 || i + 1 == total)) db->CommitTrans();
+      bar.Update(i + 1);
+    }
+    bar.Clear();
+    if (total > 1) {
+      char rate[32];
+      std::snprintf(rate, sizeof rate, "%.1f", bar.Rate(total));
+      *ctx.err << "kwx: imported " << (total - failed) << " of " << total << " files ("
+               << rate << " studies/s)\n";
     }
     if (failed > 0) {
-      throw CommandError(std::to_string(failed) + " of " + std::to_string(im->files.size()) +
+      throw CommandError(std::to_string(failed) + " of " + std::to_string(total) +
                          " files not imported");
     }
   });
@@ -124,6 +147,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
   read->add_option("FILE", rd->file, "the data file")->required();
   read->add_option("--format", rd->format, "the file's layout")->check(formats);
   read->add_flag("--json", rd->json, "print the whole study as JSON");
+  read->add_flag("--defaults", rd->defaults, "fill the study's unset analysis defaults first");
   read->callback([&ctx, &app, rd] {
     // Names are reconciled with a database only when the user named one.
     const bool named_db = app.get_option("--db")->count() > 0 || std::getenv("KWX_DB");
@@ -132,6 +156,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     if (!ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company)) {
       throw CommandError("nothing imported from '" + rd->file + "'");
     }
+    if (rd->defaults) loader.ComputeDefaults(company);
     if (rd->json) {
       *ctx.out << CompanyJson(company).dump(2) << "\n";
     } else {
@@ -149,7 +174,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     const std::string out = ex->words.back();
     const enumDataFile format = FormatOf(out, "");
     Company company =
-        LoadNamedStudy(ctx, std::vector<std::string>(ex->words.begin(), ex->words.end() - 1));
+        LoadStudy(ctx, std::vector<std::string>(ex->words.begin(), ex->words.end() - 1));
     kwxLoader& loader = ctx.OpenLoader();
     const bool written = format == idKWX ? loader.KWX_Update(company, out)
                                          : loader.SSG_Update(company, out);

@@ -13,6 +13,7 @@
 #include "cli/commands.h"
 #include "cli/company_json.h"
 #include "cli/context.h"
+#include "cli/study_lookup.h"
 #include "cli/json_values.h"
 #include "model/company.h"
 
@@ -35,30 +36,6 @@ std::string Cell(const Variant& v) {
   if (v.type() == VarType::Date) return v.AsDate().serial == 0 ? "" : Format(v, "yyyy-mm-dd");
   if (v.type() == VarType::String) return TextFromSql(v);
   return CStr(v);
-}
-
-// Loads the study named by `ids`: one number (its CompanyID) or a symbol and an exchange.
-// Raises CommandError when it is not found.
-Company LoadStudy(Context& ctx, const std::vector<std::string>& ids) {
-  kwxLoader& loader = ctx.OpenLoader();
-  Company company;
-  if (ids.size() == 1) {
-    if (!IsNumeric(Variant(ids[0]))) {
-      throw CommandError("give a company ID, or a symbol and an exchange", 2);
-    }
-    loader.Access_Get(CLng(Variant(ids[0])), "", "", company);
-  } else if (ids.size() == 2) {
-    loader.Access_Get(0, ids[0], ids[1], company);
-  } else {
-    throw CommandError("give a company ID, or a symbol and an exchange", 2);
-  }
-  PrintErrorReports(loader, *ctx.err);
-  // Loading leaves the object untouched when nothing matched, so its ID stays 0.
-  if (company.CompanyID < 1) {
-    std::string which = ids.size() == 1 ? "ID " + ids[0] : ids[0] + " on " + ids[1];
-    throw CommandError("no study found for " + which);
-  }
-  return company;
 }
 
 void PrintSummary(std::ostream& out, const Company& c) {
