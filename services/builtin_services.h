@@ -4,8 +4,10 @@
 
 namespace kwx {
 
-// Registers the built-in service objects in ObjectRegistry::Instance(): the SQLite database
-// object under "iKWX_DB.KWXDB" and "iKWX_SP_DB.KWXDB". A ProgID that already has a factory
+// Registers the built-in service objects in ObjectRegistry::Instance(), each under its plain
+// and its SP ProgID: the SQLite database object ("iKWX_DB.KWXDB"), the data-file object
+// ("iKWX_SSG.KWXSSG"), the compute object ("iKWX_Compute.KWXCompute") and the value object
+// ("iKWX_Values.KWXValue"). A ProgID that already has a factory
 // (a test double registered first) keeps it. Safe to call any number of times.
 void RegisterBuiltinServices();
 

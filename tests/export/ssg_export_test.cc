@@ -160,7 +160,9 @@ TEST(SsgExport, RoundTripsEveryMappedValue) {
               static_cast<float>(double{original.Yearly[3].BookValue} * original.sngCSO));
     // Writing the read-back study again gives the same file (the plain platform does not
     // take the assessment's lists back).
-    if (platform == 1) EXPECT_TRUE(BuildSsgFields(back).SameAs(BuildSsgFields(original)));
+    if (platform == 1) {
+      EXPECT_TRUE(BuildSsgFields(back).SameAs(BuildSsgFields(original)));
+    }
   }
 }
 

@@ -15,8 +15,8 @@ namespace kwx::testing {
 struct ScriptedResult {
   bool ok = true;
   int32_t rows = 0;  // lngRowCount after the statement
-  Variant fields;    // for a query: the field-name array
-  Variant data;      // for a query: the (row, column) data array
+  Variant fields{};  // for a query: the field-name array
+  Variant data{};    // for a query: the (row, column) data array
 };
 
 // Builds a query answer from column names and rows of values.
