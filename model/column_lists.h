@@ -307,6 +307,29 @@
   X(strSSR8f, Text, 54) \
   X(datSSR8g, Date, 55) \
   X(sngSSR8h, Single, 56)
+
+// Struck-out item lists that a study's data files carry but no table keeps. They are members of
+// their group like the columns, reachable by name and compared with the study, but they are in
+// no TableDef, no schema and no statement: a study saved to the database and loaded again
+// comes back without them. Same X(name, ColumnType, insert position) shape as the column
+// lists; the insert position is 0 as no statement writes them. Each list holds five items.
+//
+// The analysis group's five lists besides strPart2Strike and strPart3Strike, in the order the
+// KWX layout carries them (positions 227 to 231) and the SSG judgment values name them.
+#define KWX_JUDGMENT_ANALYSIS_UNSTORED(X) \
+  X(vntStrikeD2Eq, Flags, 0) \
+  X(vntStrikePTI, Flags, 0) \
+  X(vntStrikeROE, Flags, 0) \
+  X(vntStrikeLowPrice, Flags, 0) \
+  X(vntStrikePayout, Flags, 0)
+// The check list's struck-out items of its revenue objective and of its EPS objective (KWX
+// positions 168 and 169, just before the texts of those objectives at 170 and 171).
+#define KWX_JUDGMENT_CHECK_LIST_UNSTORED(X) \
+  X(vntSCLRevStrike, Flags, 0) \
+  X(vntSCLEPSStrike, Flags, 0)
+// The groups whose every property is a column.
+#define KWX_NO_UNSTORED(X)
+
 // Notes: one free text per company (key CompanyID).
 #define KWX_NOTES_COLUMNS(X) \
   X(Notes, Text, 1)

@@ -13,30 +13,41 @@
 namespace kwx {
 
 // Declares a group class: one member per column of its table, named and typed as the column
-// and zero/empty by default; `Table()` the table's declaration; `Bindings()` one binding per
-// column in statement order. Each group is reachable late-bound by column name through
-// GetProperty/SetProperty (unknown names raise err::kNoSuchMember).
-#define KWX_DECLARE_GROUP(Class, COLUMNS)                              \
+// and zero/empty by default, then one per property of UNSTORED (the lists the data files carry
+// and the table does not); `Table()` the table's declaration; `Bindings()` one binding per
+// column in statement order, which is all the database reads and writes; `Unstored()` one
+// binding per UNSTORED property. Each group is reachable late-bound by the name of a column or
+// an unstored property through GetProperty/SetProperty (unknown names raise
+// err::kNoSuchMember), and SameStudy/DescribeDifferences compare both kinds.
+#define KWX_DECLARE_GROUP(Class, COLUMNS, UNSTORED)                    \
   class Class : public RecordObject<Class> {                           \
    public:                                                             \
     COLUMNS(KWX_DECLARE_FIELD)                                         \
+    UNSTORED(KWX_DECLARE_FIELD)                                        \
     static const TableDef& Table() noexcept;                           \
     static std::span<const FieldBinding<Class>> Bindings() noexcept;   \
+    static std::span<const FieldBinding<Class>> Unstored() noexcept;   \
   };
 
 // Trend lines, projection lines, their labels, the plot factors and the struck-out years of
 // the study graph (table JudgmentGraph).
-KWX_DECLARE_GROUP(JudgmentGraphGroup, KWX_JUDGMENT_GRAPH_COLUMNS)
-// The analysis judgments: trends, averages, estimates and struck-out items (JudgmentAnalysis).
-KWX_DECLARE_GROUP(JudgmentAnalysisGroup, KWX_JUDGMENT_ANALYSIS_COLUMNS)
-// The study check list, plain platform only (JudgmentCheckList).
-KWX_DECLARE_GROUP(JudgmentCheckListGroup, KWX_JUDGMENT_CHECK_LIST_COLUMNS)
+KWX_DECLARE_GROUP(JudgmentGraphGroup, KWX_JUDGMENT_GRAPH_COLUMNS, KWX_NO_UNSTORED)
+// The analysis judgments: trends, averages, estimates and struck-out items (JudgmentAnalysis);
+// five of its struck-out lists are not kept by the table.
+KWX_DECLARE_GROUP(JudgmentAnalysisGroup, KWX_JUDGMENT_ANALYSIS_COLUMNS,
+                  KWX_JUDGMENT_ANALYSIS_UNSTORED)
+// The study check list, plain platform only (JudgmentCheckList); the struck-out items of its
+// revenue and EPS objectives are not kept by the table.
+KWX_DECLARE_GROUP(JudgmentCheckListGroup, KWX_JUDGMENT_CHECK_LIST_COLUMNS,
+                  KWX_JUDGMENT_CHECK_LIST_UNSTORED)
 // The preferred-procedure calculation (JudgmentPrefProc).
-KWX_DECLARE_GROUP(JudgmentPrefProcGroup, KWX_JUDGMENT_PREF_PROC_COLUMNS)
+KWX_DECLARE_GROUP(JudgmentPrefProcGroup, KWX_JUDGMENT_PREF_PROC_COLUMNS, KWX_NO_UNSTORED)
 // The assessment, SP platform only (JudgmentAssessment).
-KWX_DECLARE_GROUP(JudgmentAssessmentGroup, KWX_JUDGMENT_ASSESSMENT_COLUMNS)
+KWX_DECLARE_GROUP(JudgmentAssessmentGroup, KWX_JUDGMENT_ASSESSMENT_COLUMNS,
+                  KWX_NO_UNSTORED)
 // The answers of the stock study report, plain platform only (JudgmentStockReport).
-KWX_DECLARE_GROUP(JudgmentStockReportGroup, KWX_JUDGMENT_STOCK_REPORT_COLUMNS)
+KWX_DECLARE_GROUP(JudgmentStockReportGroup, KWX_JUDGMENT_STOCK_REPORT_COLUMNS,
+                  KWX_NO_UNSTORED)
 
 #undef KWX_DECLARE_GROUP
 

@@ -105,19 +105,40 @@ const FieldBinding<Rec>* FindField(std::span<const FieldBinding<Rec>> bindings,
   return nullptr;
 }
 
-// Reads the field `name` of `rec`; raises err::kNoSuchMember for an unknown name.
+// The bindings of the properties `Rec` carries that no table keeps: Rec::Unstored() when the
+// record declares it, else none. By-name access and comparison include them; the SQL, schema
+// and load loops go over Rec::Bindings() only and never see them.
+template <class Rec>
+std::span<const FieldBinding<Rec>> UnstoredBindings() noexcept {
+  if constexpr (requires { Rec::Unstored(); }) {
+    return Rec::Unstored();
+  } else {
+    return {};
+  }
+}
+
+// The binding of the column or unstored property `name` (case-insensitive), or nullptr.
+template <class Rec>
+const FieldBinding<Rec>* FindProperty(std::string_view name) noexcept {
+  const FieldBinding<Rec>* b = FindField<Rec>(Rec::Bindings(), name);
+  return b != nullptr ? b : FindField<Rec>(UnstoredBindings<Rec>(), name);
+}
+
+// Reads the field `name` of `rec` (a column or an unstored property); raises
+// err::kNoSuchMember for an unknown name.
 template <class Rec>
 Variant GetByName(const Rec& rec, std::string_view name) {
-  const FieldBinding<Rec>* b = FindField<Rec>(Rec::Bindings(), name);
+  const FieldBinding<Rec>* b = FindProperty<Rec>(name);
   if (b == nullptr) throw AutomationError(err::kNoSuchMember);
   return GetField(rec, *b);
 }
 
-// Writes the field `name` of `rec`; raises err::kNoSuchMember for an unknown name and the
-// conversion's error (field unchanged) for a value it rejects.
+// Writes the field `name` of `rec` (a column or an unstored property); raises
+// err::kNoSuchMember for an unknown name and the conversion's error (field unchanged) for a
+// value it rejects.
 template <class Rec>
 void SetByName(Rec& rec, std::string_view name, const Variant& value) {
-  const FieldBinding<Rec>* b = FindField<Rec>(Rec::Bindings(), name);
+  const FieldBinding<Rec>* b = FindProperty<Rec>(name);
   if (b == nullptr) throw AutomationError(err::kNoSuchMember);
   SetField(rec, *b, value);
 }
@@ -130,44 +151,52 @@ bool SameValue(const Variant& a, const Variant& b);
 void AppendDifference(std::string& out, std::string_view prefix, std::string_view column,
                       const Variant& a, const Variant& b);
 
-// Appends one AppendDifference line per bound field that differs between `a` and `b`, each
-// prefixed with `prefix` (such as "Options." or "Yearly(3)."). Answers true when none differs.
+// Appends one AppendDifference line per bound field (columns, then unstored properties) that
+// differs between `a` and `b`, each prefixed with `prefix` (such as "Options." or
+// "Yearly(3)."). Answers true when none differs.
 template <class Rec>
 bool AppendRecordDifferences(std::string& out, std::string_view prefix, const Rec& a,
                              const Rec& b) {
   bool same = true;
-  for (const auto& binding : Rec::Bindings()) {
-    Variant va = GetField(a, binding);
-    Variant vb = GetField(b, binding);
-    if (!SameValue(va, vb)) {
-      AppendDifference(out, prefix, binding.column.name, va, vb);
-      same = false;
+  for (auto bindings : {Rec::Bindings(), UnstoredBindings<Rec>()}) {
+    for (const auto& binding : bindings) {
+      Variant va = GetField(a, binding);
+      Variant vb = GetField(b, binding);
+      if (!SameValue(va, vb)) {
+        AppendDifference(out, prefix, binding.column.name, va, vb);
+        same = false;
+      }
     }
   }
   return same;
 }
 
-// True when every bound field of `a` and `b` holds the same value.
+// True when every bound field (columns and unstored properties) of `a` and `b` holds the same
+// value.
 template <class Rec>
 bool SameRecord(const Rec& a, const Rec& b) {
-  for (const auto& binding : Rec::Bindings()) {
-    if (!SameValue(GetField(a, binding), GetField(b, binding))) return false;
+  for (auto bindings : {Rec::Bindings(), UnstoredBindings<Rec>()}) {
+    for (const auto& binding : bindings) {
+      if (!SameValue(GetField(a, binding), GetField(b, binding))) return false;
+    }
   }
   return true;
 }
 
 // Base of the group objects: late-bound GetProperty/SetProperty over the bindings of
-// `Derived`, which provides `static std::span<const FieldBinding<Derived>> Bindings()`.
+// `Derived`, which provides `static std::span<const FieldBinding<Derived>> Bindings()` and
+// may provide `Unstored()` likewise.
 template <class Derived>
 class RecordObject : public Object {
  public:
-  // Reads the column `name` (case-insensitive); raises err::kNoSuchMember when the group has
-  // no such column.
+  // Reads the column or unstored property `name` (case-insensitive); raises
+  // err::kNoSuchMember when the group has no such property.
   Variant GetProperty(std::string_view name) const override {
     return GetByName(static_cast<const Derived&>(*this), name);
   }
-  // Writes the column `name` converted to its type; raises err::kNoSuchMember for an unknown
-  // name and the conversion's error, leaving the column unchanged, for a rejected value.
+  // Writes the column or unstored property `name` converted to its type; raises
+  // err::kNoSuchMember for an unknown name and the conversion's error, leaving the property
+  // unchanged, for a rejected value.
   void SetProperty(std::string_view name, const Variant& value) override {
     SetByName(static_cast<Derived&>(*this), name, value);
   }
