@@ -5,7 +5,7 @@ BUILD ?= build
 ASAN_BUILD ?= build-asan
 DEMO_DB ?= $(BUILD)/demo/studies.db
 
-.PHONY: deps build demo test test-plain test-asan bench clean
+.PHONY: deps build demo test test-plain test-asan bench bench-quick clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -31,6 +31,9 @@ test-asan: deps
 
 bench: build
 	@$(BUILD)/bench/kwx-bench
+
+bench-quick: build
+	@$(BUILD)/bench/kwx-bench --quick
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)
