@@ -54,7 +54,8 @@ enum class KwxTarget : uint8_t {
   kMonthly,
   kPMG,
   kPERT,
-  kNotKept,      // read as its kind, but the model has no property for it (see below)
+  kNotKept,      // read as its kind and checked, then dropped; written empty (no position is
+                 // of this kind now: every list the file carries has its property)
 };
 
 struct KwxField {
@@ -211,10 +212,13 @@ inline constexpr KwxField kKwxCompanyLayout[] = {
 //    are the first four texts, 164-167 the four values after them, 170-173 the next four texts,
 //    and 160, the only nine-item list, holds the struck-out items (strSCLStrike).
 //    strSCLGrowthDiscuss has no position: a KWX file does not carry it. The two five-item
-//    lists 168 and 169 have no column; they are read and dropped.
+//    lists 168 and 169 stand just before the revenue and EPS objectives (170, 171): they are
+//    the struck-out items of those objectives, vntSCLRevStrike and vntSCLEPSStrike, which the
+//    group carries but its table does not keep.
 //  - Analysis (225-231): the first two of the seven five-item lists are the struck-out items
-//    of parts 2 and 3 (strPart2Strike, strPart3Strike); 227-231 have no column and are
-//    dropped.
+//    of parts 2 and 3 (strPart2Strike, strPart3Strike); 227-231 are the five lists the table
+//    does not keep, in the order the SSG judgment values name them: vntStrikeD2Eq,
+//    vntStrikePTI, vntStrikeROE, vntStrikeLowPrice, vntStrikePayout.
 //  - Preferred procedure (239-241): the two numbers are the first two columns, the list is the
 //    struck-out tax rates.
 //  - Stock report 250: the thirteen integers are kept in strSSR0GAP as their texts joined by
@@ -232,8 +236,8 @@ inline constexpr KwxField kKwxJudgmentLayout[] = {
   {165, KwxKind::kAsIs, KwxTarget::kCheckList, "blnSCLPEContinue"},
   {166, KwxKind::kNumber, KwxTarget::kCheckList, "sngSCLPELow"},
   {167, KwxKind::kNumber, KwxTarget::kCheckList, "sngSCLPEHigh"},
-  {168, KwxKind::kFlags, KwxTarget::kNotKept, "", 5},
-  {169, KwxKind::kFlags, KwxTarget::kNotKept, "", 5},
+  {168, KwxKind::kFlags, KwxTarget::kCheckList, "vntSCLRevStrike", 5},
+  {169, KwxKind::kFlags, KwxTarget::kCheckList, "vntSCLEPSStrike", 5},
   {170, KwxKind::kText, KwxTarget::kCheckList, "strSCLRevObj"},
   {171, KwxKind::kText, KwxTarget::kCheckList, "strSCLEPSObj"},
   {172, KwxKind::kText, KwxTarget::kCheckList, "strSCLProjEPSObj"},
@@ -292,11 +296,11 @@ inline constexpr KwxField kKwxJudgmentLayout[] = {
   {224, KwxKind::kNumber, KwxTarget::kAnalysis, "sngRecentLow"},
   {225, KwxKind::kFlags, KwxTarget::kAnalysis, "strPart2Strike", 5},
   {226, KwxKind::kFlags, KwxTarget::kAnalysis, "strPart3Strike", 5},
-  {227, KwxKind::kFlags, KwxTarget::kNotKept, "", 5},
-  {228, KwxKind::kFlags, KwxTarget::kNotKept, "", 5},
-  {229, KwxKind::kFlags, KwxTarget::kNotKept, "", 5},
-  {230, KwxKind::kFlags, KwxTarget::kNotKept, "", 5},
-  {231, KwxKind::kFlags, KwxTarget::kNotKept, "", 5},
+  {227, KwxKind::kFlags, KwxTarget::kAnalysis, "vntStrikeD2Eq", 5},
+  {228, KwxKind::kFlags, KwxTarget::kAnalysis, "vntStrikePTI", 5},
+  {229, KwxKind::kFlags, KwxTarget::kAnalysis, "vntStrikeROE", 5},
+  {230, KwxKind::kFlags, KwxTarget::kAnalysis, "vntStrikeLowPrice", 5},
+  {231, KwxKind::kFlags, KwxTarget::kAnalysis, "vntStrikePayout", 5},
   // Preferred procedure.
   {239, KwxKind::kNumber, KwxTarget::kPrefProc, "sngPrefProcTaxRate"},
   {240, KwxKind::kNumber, KwxTarget::kPrefProc, "sngPrefProcPTIRev"},

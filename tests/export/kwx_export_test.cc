@@ -7,6 +7,7 @@
 #include "automation/dates.h"
 #include "automation/safe_array.h"
 #include "automation/text.h"
+#include "import/kwx_import.h"
 #include "model/company.h"
 
 namespace kwx {
@@ -65,7 +66,7 @@ TEST(KwxExport, WritesEachKindOfPosition) {
       {144, "0\t0.5\t1\t1.5\t2\t2.5\t3\t3.5\t4\t4.5"},
       {160, "-1\t0\t-1"},
       {165, "True"},
-      {168, ""},
+      {168, ""},  // an empty list is an empty position
       {250, "5\t6\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0"},
       {303, "Mar/01/2020"},
       {320, "3"},
@@ -77,6 +78,50 @@ TEST(KwxExport, WritesEachKindOfPosition) {
   // Positions the import does not read stay empty.
   for (int p : {107, 123, 125, 138, 157, 158, 174, 206, 242, 248, 305, 327, 354, 366, 369}) {
     EXPECT_EQ(At(fields, p), "<empty>") << p;
+  }
+}
+
+// The lists the database does not keep travel through the file: each at its own position,
+// written as tabs between -1/0 and read back as the same list.
+TEST(KwxExport, StruckOutListsTheTablesDoNotKeepRoundTrip) {
+  struct ListCase {
+    int position;
+    const char* group;
+    const char* name;
+    const char* items;  // as the database would keep a list: one 1/0 per item
+    std::string text;
+  };
+  const ListCase cases[] = {
+      {168, "JudgmentCheckList", "vntSCLRevStrike", "10000", "-1\t0\t0\t0\t0"},
+      {169, "JudgmentCheckList", "vntSCLEPSStrike", "01000", "0\t-1\t0\t0\t0"},
+      {227, "JudgmentAnalysis", "vntStrikeD2Eq", "00100", "0\t0\t-1\t0\t0"},
+      {228, "JudgmentAnalysis", "vntStrikePTI", "00010", "0\t0\t0\t-1\t0"},
+      {229, "JudgmentAnalysis", "vntStrikeROE", "00001", "0\t0\t0\t0\t-1"},
+      {230, "JudgmentAnalysis", "vntStrikeLowPrice", "11000", "-1\t-1\t0\t0\t0"},
+      {231, "JudgmentAnalysis", "vntStrikePayout", "00011", "0\t0\t0\t-1\t-1"},
+      // Their neighbours, which the tables keep, stay where they were.
+      {225, "JudgmentAnalysis", "strPart2Strike", "10100", "-1\t0\t-1\t0\t0"},
+      {226, "JudgmentAnalysis", "strPart3Strike", "01010", "0\t-1\t0\t-1\t0"},
+  };
+  auto group_of = [](Company& c, std::string_view group) -> Object& {
+    if (group == "JudgmentCheckList") return c.JudgmentCheckList;
+    return c.JudgmentAnalysis;
+  };
+  Company original;
+  for (const ListCase& k : cases) group_of(original, k.group).SetProperty(k.name, Variant(k.items));
+
+  Variant fields = BuildKwxFields(original);
+  for (const ListCase& k : cases) EXPECT_EQ(At(fields, k.position), k.text) << k.name;
+
+  Company back;
+  ASSERT_TRUE(ValidateKwxFields(fields));
+  MapKwxCompany(back, fields, 0);
+  MapKwxJudgment(back, fields, 0);
+  for (const ListCase& k : cases) {
+    EXPECT_TRUE(group_of(back, k.group)
+                    .GetProperty(k.name)
+                    .SameAs(group_of(original, k.group).GetProperty(k.name)))
+        << k.name;
   }
 }
 

@@ -157,9 +157,16 @@ TEST(KwxImport, GroupsAreFilledFreshFromTheirPositions) {
                           {160, "-1\t0\t0\t-1\t0\t0\t0\t0\t-1"},
                           {164, "3"},
                           {165, "True"},
+                          {168, "-1\t0"},
+                          {169, "0\t0\t0\t0\t-1"},
                           {173, "price"},
                           {203, "0\t-1"},
                           {225, "-1\t-1\t0\t0\t0"},
+                          {227, "0\t-1"},
+                          {228, "0\t0\t-1"},
+                          {229, "0\t0\t0\t-1"},
+                          {230, "-1\t0\t0\t0\t-1"},
+                          {231, "-1\t-1\t-1\t-1\t-1"},
                           {241, "0\t0\t0\t0\t-1"},
                           {250, "1\t2\t3\t4\t5\t6\t7\t8\t9\t10\t11\t12\t13"},
                           {297, "7d"},
@@ -184,6 +191,25 @@ TEST(KwxImport, GroupsAreFilledFreshFromTheirPositions) {
   EXPECT_TRUE(scl.strSCLStrike.AsArray()(5).SameAs(Variant(false)));
   EXPECT_EQ(company.JudgmentGraph.strYearStrike.AsArray().Count(), 10);
   EXPECT_TRUE(company.JudgmentAnalysis.strPart2Strike.AsArray()(2).SameAs(Variant(true)));
+  // The lists the tables do not keep: five items each, a short list padded with False.
+  const struct {
+    const Object& group;
+    const char* name;
+    const char* items;
+  } lists[] = {
+      {scl, "vntSCLRevStrike", "10000"},
+      {scl, "vntSCLEPSStrike", "00001"},
+      {company.JudgmentAnalysis, "vntStrikeD2Eq", "01000"},
+      {company.JudgmentAnalysis, "vntStrikePTI", "00100"},
+      {company.JudgmentAnalysis, "vntStrikeROE", "00010"},
+      {company.JudgmentAnalysis, "vntStrikeLowPrice", "10001"},
+      {company.JudgmentAnalysis, "vntStrikePayout", "11111"},
+  };
+  for (const auto& l : lists) {
+    Variant expected = FlagsFrom(Variant(l.items));
+    EXPECT_TRUE(l.group.GetProperty(l.name).SameAs(expected))
+        << l.name << ": " << l.group.GetProperty(l.name);
+  }
   EXPECT_TRUE(company.JudgmentPrefProc.strPrefProcStrikeTaxRate.AsArray()(5).SameAs(Variant(true)));
   EXPECT_EQ(company.JudgmentStockReport.strSSR0GAP, "1\t2\t3\t4\t5\t6\t7\t8\t9\t10\t11\t12\t13");
   EXPECT_EQ(company.JudgmentStockReport.strSSR7d, "7d");
