@@ -62,7 +62,7 @@
 // 278       IndustryID (replaced from 243 later)    text
 // 279-280   strSPStockRank, strVLFinRating          text
 // 285       sngBeta                                 number
-// 300-309   judgment values (kJudgmentLayout)       number or text
+// 300-314   judgment values (kJudgmentLayout)       number or text
 // 346-347   sngEPSACE5YrEst, sngEPSHist5YrGr        number
 // 349       sngSPRating                             number
 // 353       sngCurYield, first source               number, rule R1
@@ -255,6 +255,14 @@ enum class JudgmentUse { kBoth, kSPOnly };
 
 // One judgment value: a property of one of the Company's judgment groups. The struck-out
 // lists are texts of "1"/"0", one character per item, the first item first.
+//
+// The judgment values an SSG file carries are the price estimates of the analysis group and
+// nine struck-out lists: vntStrike, the struck-out years, is the graph group's strYearStrike;
+// vntStrikeTaxRate is the preferred procedure's strPrefProcStrikeTaxRate; vntStrikePEHigh and
+// vntStrikePELow are the assessment's columns of those names (the SP platform's study only);
+// vntStrikeD2Eq, vntStrikePTI, vntStrikeROE, vntStrikeLowPrice and vntStrikePayout are the
+// analysis group's lists of those names, which its table does not keep (a study loaded from
+// the database has them empty, and writes empty lines for them).
 struct JudgmentField {
   int16_t position;
   std::string_view group;     // a judgment group of the Company
@@ -276,6 +284,12 @@ inline constexpr JudgmentField kJudgmentLayout[] = {
      JudgmentUse::kBoth},
     {308, "JudgmentAssessment", "vntStrikePEHigh", Conversion::kText, JudgmentUse::kSPOnly},
     {309, "JudgmentAssessment", "vntStrikePELow", Conversion::kText, JudgmentUse::kSPOnly},
+    // The analysis lists the database does not keep.
+    {310, "JudgmentAnalysis", "vntStrikeD2Eq", Conversion::kText, JudgmentUse::kBoth},
+    {311, "JudgmentAnalysis", "vntStrikePTI", Conversion::kText, JudgmentUse::kBoth},
+    {312, "JudgmentAnalysis", "vntStrikeROE", Conversion::kText, JudgmentUse::kBoth},
+    {313, "JudgmentAnalysis", "vntStrikeLowPrice", Conversion::kText, JudgmentUse::kBoth},
+    {314, "JudgmentAnalysis", "vntStrikePayout", Conversion::kText, JudgmentUse::kBoth},
 };
 
 // The shorter-period series: records of the same shape one after another, the oldest first,

@@ -68,6 +68,12 @@ Company FilledStudy() {
   c.JudgmentAnalysis.sngEstHighPrice = 74.0f;
   c.JudgmentGraph.SetProperty("strYearStrike", Variant("0010000000"));
   c.JudgmentAssessment.vntStrikePELow = Variant("0100");
+  c.JudgmentPrefProc.SetProperty("strPrefProcStrikeTaxRate", Variant("00101"));
+  c.JudgmentAnalysis.SetProperty("vntStrikeD2Eq", Variant("10000"));
+  c.JudgmentAnalysis.SetProperty("vntStrikePTI", Variant("01100"));
+  c.JudgmentAnalysis.SetProperty("vntStrikeROE", Variant("00010"));
+  c.JudgmentAnalysis.SetProperty("vntStrikeLowPrice", Variant("11111"));
+  c.JudgmentAnalysis.SetProperty("vntStrikePayout", Variant("00001"));
   return c;
 }
 
@@ -87,7 +93,8 @@ TEST(SsgExport, WritesTextsAtTheirPositions) {
       {269, "9/30"},       {270, "2024"},    {353, "2.1"},         {128, "2.1"},
       {243, "Railroad Equipment"},           {278, "Railroad Equipment"},
       {9, "45.5"},         {0, "36.5"},      {540, "400 Quay Street Suite 9"},
-      {306, "0010000000"}, {105, ""},        {399, ""},            {941, "41"}, {940, "40.87"},
+      {306, "0010000000"}, {307, "00101"},   {310, "10000"},       {311, "01100"},
+      {312, "00010"},      {313, "11111"},   {314, "00001"},       {105, ""},        {399, ""},            {941, "41"}, {940, "40.87"},
   };
   for (const auto& k : cases) {
     EXPECT_EQ(FieldAt(fields, k.position), k.text) << "position " << k.position;
@@ -150,6 +157,14 @@ TEST(SsgExport, RoundTripsEveryMappedValue) {
             Variant(back.JudgmentAnalysis.sngProjPriceLow));
     compare("sngEstHighPrice", Variant(original.JudgmentAnalysis.sngEstHighPrice),
             Variant(back.JudgmentAnalysis.sngEstHighPrice));
+    // The struck-out lists the judgment values carry, kept by the tables or not.
+    for (const char* name : {"vntStrikeD2Eq", "vntStrikePTI", "vntStrikeROE",
+                             "vntStrikeLowPrice", "vntStrikePayout"}) {
+      compare(name, original.JudgmentAnalysis.GetProperty(name),
+              back.JudgmentAnalysis.GetProperty(name));
+    }
+    EXPECT_TRUE(original.JudgmentPrefProc.strPrefProcStrikeTaxRate.SameAs(
+        back.JudgmentPrefProc.strPrefProcStrikeTaxRate));
     EXPECT_TRUE(original.JudgmentGraph.strYearStrike.SameAs(back.JudgmentGraph.strYearStrike));
     EXPECT_EQ(back.JudgmentAssessment.vntStrikePELow.SameAs(Variant("0100")), platform == 1);
     EXPECT_EQ(differences, "") << "platform " << platform;

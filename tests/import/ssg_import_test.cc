@@ -222,7 +222,9 @@ TEST(SsgImport, ShortPeriodSeriesAndJudgments) {
                    {546 + 35 * 9 + 8, "0.2"},   {870, "31.5"},
                    {941, "48.25"},              {300, "18.5"},
                    {306, "0100000001"},         {308, "1010"},
-                   {307, "01"}};
+                   {307, "01"},                 {310, "10000"},
+                   {311, "01000"},              {312, "00100"},
+                   {313, "00010"},              {314, "00001"}};
   for (int platform : {0, 1}) {
     Company c;
     MapSsgFields(c, Fields(kFull, set), platform);
@@ -241,6 +243,20 @@ TEST(SsgImport, ShortPeriodSeriesAndJudgments) {
     EXPECT_TRUE(years.AsArray()(2).SameAs(Variant(true)));
     EXPECT_TRUE(years.AsArray()(3).SameAs(Variant(false)));
     EXPECT_TRUE(c.JudgmentPrefProc.strPrefProcStrikeTaxRate.IsArray());
+    // The analysis lists the tables do not keep, on both platforms.
+    const struct {
+      const char* name;
+      int struck;
+    } lists[] = {{"vntStrikeD2Eq", 1},     {"vntStrikePTI", 2},    {"vntStrikeROE", 3},
+                 {"vntStrikeLowPrice", 4}, {"vntStrikePayout", 5}};
+    for (const auto& l : lists) {
+      const Variant list = c.JudgmentAnalysis.GetProperty(l.name);
+      ASSERT_TRUE(list.IsArray()) << l.name;
+      EXPECT_EQ(list.AsArray().Count(), 5) << l.name;
+      for (int32_t k = 1; k <= 5; ++k) {
+        EXPECT_TRUE(list.AsArray()(k).SameAs(Variant(k == l.struck))) << l.name << " " << k;
+      }
+    }
     // The assessment belongs to the SP platform's studies only.
     EXPECT_EQ(c.JudgmentAssessment.vntStrikePEHigh.IsEmpty(), platform == 0);
   }
