@@ -9,11 +9,15 @@
 namespace kwx::cli {
 namespace {
 
+// The columns, then the lists a group carries that its table does not keep: the JSON shows
+// the study as it is in memory, whatever the database would keep of it.
 template <class Rec>
 nlohmann::json RecordJson(const Rec& rec) {
   nlohmann::json out = nlohmann::json::object();
-  for (const FieldBinding<Rec>& b : Rec::Bindings()) {
-    out[std::string(b.column.name)] = ToJson(GetField(rec, b));
+  for (auto bindings : {Rec::Bindings(), UnstoredBindings<Rec>()}) {
+    for (const FieldBinding<Rec>& b : bindings) {
+      out[std::string(b.column.name)] = ToJson(GetField(rec, b));
+    }
   }
   return out;
 }

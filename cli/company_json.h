@@ -13,7 +13,8 @@ namespace kwx::cli {
 
 // One object: "CompanyID", every record property under its column name (SectorID, ExchangeID,
 // IndustryID and DataSourceID as the names the study holds), "Notes", then the groups under
-// their table names: "Options" and the six judgment groups as objects of their columns,
+// their table names: "Options" and the six judgment groups as objects of their columns (a
+// group's struck-out lists that its table does not keep follow its columns, by name),
 // "Yearly", "Quarterly", "Monthly", "JudgmentPMG" and "JudgmentPERT" as arrays of row objects
 // in series order. Values are written by ToJson (dates ISO, Booleans true/false, struck-out
 // item lists as arrays of Booleans, Empty and Null as null). Never raises for a valid study.
