@@ -1,5 +1,6 @@
 #include "cli/company_json.h"
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 

@@ -7,6 +7,7 @@
 #define KWX_MODEL_RECORD_H_
 
 #include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
