@@ -77,16 +77,6 @@ const Object& SourceOf(const Company& company, KwxTarget target) {
   }
 }
 
-std::string_view SeriesTable(KwxTarget target) {
-  switch (target) {
-    case KwxTarget::kYearly: return YearlyRow::Table().name;
-    case KwxTarget::kQuarterly: return QuarterlyRow::Table().name;
-    case KwxTarget::kMonthly: return MonthlyRow::Table().name;
-    case KwxTarget::kPMG: return JudgmentPMGRow::Table().name;
-    default: return {};
-  }
-}
-
 // The text of one position; raises when the value cannot be read or written.
 std::string FieldText(const KwxField& f, const Company& company) {
   const Object& source = SourceOf(company, f.target);
@@ -104,7 +94,6 @@ std::string FieldText(const KwxField& f, const Company& company) {
       return JoinAll(company.SeriesColumn(table, f.name), kJoinNumbers);
     }
     case KwxKind::kFlags:
-      if (f.target == KwxTarget::kNotKept) return {};
       return JoinAll(source.GetProperty(f.name), kJoinFlags);
     case KwxKind::kInts: {
       // The group keeps the integers as one text; the file always carries all of them.

@@ -93,16 +93,6 @@ struct FreshGroups {
   }
 };
 
-std::string_view SeriesTable(KwxTarget target) {
-  switch (target) {
-    case KwxTarget::kYearly: return YearlyRow::Table().name;
-    case KwxTarget::kQuarterly: return QuarterlyRow::Table().name;
-    case KwxTarget::kMonthly: return MonthlyRow::Table().name;
-    case KwxTarget::kPMG: return JudgmentPMGRow::Table().name;
-    default: return {};
-  }
-}
-
 // The PERT rows of 371 once 370 gave their number.
 std::vector<JudgmentPERTRow> PertRowsFrom(const std::string& text, int32_t count) {
   if (count < 0 || count > 32767 / 3) throw AutomationError(err::kOverflow);
@@ -150,7 +140,6 @@ void StoreField(const KwxField& f, const Variant& fields, Company& company, Obje
                            : f.kind == KwxKind::kFlags ? VarType::Boolean
                                                        : VarType::Integer;
       Variant list = TypedList(text, f.count, type);
-      if (f.target == KwxTarget::kNotKept) break;
       const std::string_view table = SeriesTable(f.target);
       if (!table.empty()) {
         company.SetSeriesColumn(table, f.name, list);

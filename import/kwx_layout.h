@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "model/series_rows.h"
+
 namespace kwx {
 
 // The layout version the writer always writes, and the earlier one the reader completes.
@@ -54,9 +56,18 @@ enum class KwxTarget : uint8_t {
   kMonthly,
   kPMG,
   kPERT,
-  kNotKept,      // read as its kind and checked, then dropped; written empty (no position is
-                 // of this kind now: every list the file carries has its property)
 };
+
+// The series table of a series target; empty for the other targets.
+inline std::string_view SeriesTable(KwxTarget target) {
+  switch (target) {
+    case KwxTarget::kYearly: return YearlyRow::Table().name;
+    case KwxTarget::kQuarterly: return QuarterlyRow::Table().name;
+    case KwxTarget::kMonthly: return MonthlyRow::Table().name;
+    case KwxTarget::kPMG: return JudgmentPMGRow::Table().name;
+    default: return {};
+  }
+}
 
 struct KwxField {
   int16_t position;

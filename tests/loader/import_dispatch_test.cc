@@ -84,7 +84,6 @@ void FillLayoutFields(Company& c) {
       case KwxTarget::kStockReport: target = &c.JudgmentStockReport; break;
       case KwxTarget::kAssessment: target = &c.JudgmentAssessment; break;
       case KwxTarget::kOptions: target = &c.Options; break;
-      case KwxTarget::kNotKept: return;
       default: break;
     }
     const int p = f.position;
@@ -248,12 +247,19 @@ TEST(ImportDispatch, ImportSaveLoadAndExportGivesTheSameFile) {
 
   Company source;
   FillLayoutFields(source);
-  // What the plain platform's database does not keep: the assessment, the SP-only option and
-  // the value at 101. Loading lowers the PMG year to the year after datLastFY and importing
-  // raises it to that year, so only that year survives both.
+  // What the plain platform's database does not keep: the assessment, the SP-only option, the
+  // value at 101 and the struck-out lists the tables have no column for. Loading lowers the
+  // PMG year to the year after datLastFY and importing raises it to that year, so only that
+  // year survives both.
   source.JudgmentAssessment = JudgmentAssessmentGroup();
   source.Options.blnEPSMinProjLine = false;
   source.sngKWXExtra = 0;
+  for (const auto& b : JudgmentAnalysisGroup::Unstored()) {
+    SetField(source.JudgmentAnalysis, b, Variant());
+  }
+  for (const auto& b : JudgmentCheckListGroup::Unstored()) {
+    SetField(source.JudgmentCheckList, b, Variant());
+  }
   source.intLatestPMGFY = static_cast<int16_t>(Year(source.datLastFY) + 1);
   // An industry name must have its row to survive saving; a KWX import does not add one.
   loader.Access_AddIndustry(source.IndustryID);
