@@ -1,16 +1,21 @@
 #include "cli/context.h"
 
-#include <cstdlib>
 #include <filesystem>
+
+#include "services/sqlite_database.h"
 
 namespace kwx::cli {
 
 kwxLoader& Context::Loader() {
   if (!loader_) {
-    // The database object reads the trace file from the environment when it is created.
-    if (!options.trace_sql.empty()) ::setenv("KWX_TRACE_SQL", options.trace_sql.c_str(), 1);
     loader_ = std::make_unique<kwxLoader>();
     if (options.platform == "sp") loader_->ProgramPlatform(kPlatformSP);
+    if (!options.trace_sql.empty()) {
+      auto* sqlite = dynamic_cast<SqliteDatabase*>(loader_->database().get());
+      if (!sqlite || !sqlite->SetTraceFile(options.trace_sql)) {
+        throw CommandError("cannot write the SQL trace to '" + options.trace_sql + "'", 2);
+      }
+    }
   }
   return *loader_;
 }
