@@ -71,6 +71,11 @@ Parts Split(Date d) {
   // The whole part of a serial is the day and the fraction's magnitude the time, on both sides
   // of day 0: -1.25 is the day before 1899-12-30 at 06:00.
   double whole = std::trunc(d.serial);
+  // A serial past the calendar (or no number at all) has no day to count from, and would not
+  // even fit the integer the day is counted in.
+  if (!(whole >= static_cast<double>(kFirstDay) && whole <= static_cast<double>(kLastDay))) {
+    throw AutomationError(err::kOverflow);
+  }
   int64_t seconds = std::llround(std::fabs(d.serial - whole) * kSecondsPerDay);
   int64_t day = static_cast<int64_t>(whole);
   if (seconds >= kSecondsPerDay) {

@@ -82,6 +82,18 @@ uint32_t FoldCode(uint32_t code) {
   return code;
 }
 
+// Byte `i` of FoldCase(text), without building the folded text. Folding changes only A-Z and
+// the second byte of U+00C0-U+00DE (0xC3 0x80-0x9E but 0x97), and a 0xC3 followed by a
+// continuation byte always starts a well-formed character, so one byte of look-behind decides.
+unsigned char FoldedByte(std::string_view text, size_t i) {
+  const auto b = static_cast<unsigned char>(text[i]);
+  if (b < 0x80) return b >= 'A' && b <= 'Z' ? b + 0x20 : b;
+  if (b <= 0x9E && b != 0x97 && i > 0 && static_cast<unsigned char>(text[i - 1]) == 0xC3) {
+    return b + 0x20;
+  }
+  return b;
+}
+
 }  // namespace
 
 std::string ChrW(uint32_t code) {
@@ -142,22 +154,44 @@ std::string FoldCase(std::string_view text) {
 }
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && FoldCase(a) == FoldCase(b);
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (FoldedByte(a, i) != FoldedByte(b, i)) return false;
+  }
+  return true;
 }
 
 int CompareNoCase(std::string_view a, std::string_view b) {
   // Byte order of UTF-8 is code point order.
-  const int c = FoldCase(a).compare(FoldCase(b));
-  return (c > 0) - (c < 0);
+  const size_t common = std::min(a.size(), b.size());
+  for (size_t i = 0; i < common; ++i) {
+    const unsigned char x = FoldedByte(a, i);
+    const unsigned char y = FoldedByte(b, i);
+    if (x != y) return x < y ? -1 : 1;
+  }
+  return (a.size() > b.size()) - (a.size() < b.size());
+}
+
+uint64_t HashNoCase(std::string_view text) {
+  // FNV-1a over the folded bytes.
+  uint64_t hash = 14695981039346656037ull;
+  for (size_t i = 0; i < text.size(); ++i) {
+    hash = (hash ^ FoldedByte(text, i)) * 1099511628211ull;
+  }
+  return hash;
 }
 
 size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t from) {
-  if (from > haystack.size()) return std::string::npos;
-  const std::string h = FoldCase(haystack);
-  const std::string n = FoldCase(needle);
-  for (size_t at = h.find(n, from); at != std::string::npos; at = h.find(n, at + 1)) {
-    // A match must begin on a character, not inside one.
-    if (at == h.size() || (static_cast<unsigned char>(h[at]) & 0xC0) != 0x80) return at;
+  if (from > haystack.size() || needle.size() > haystack.size()) return std::string::npos;
+  for (size_t at = from; at <= haystack.size() - needle.size(); ++at) {
+    // A match must begin on a character, not inside one; folding keeps continuation bytes
+    // continuation bytes, so the original text tells.
+    if (at < haystack.size() && (static_cast<unsigned char>(haystack[at]) & 0xC0) == 0x80) {
+      continue;
+    }
+    size_t k = 0;
+    while (k < needle.size() && FoldedByte(haystack, at + k) == FoldedByte(needle, k)) ++k;
+    if (k == needle.size()) return at;
   }
   return std::string::npos;
 }

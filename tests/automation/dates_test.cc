@@ -1,5 +1,6 @@
 #include "automation/dates.h"
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -54,6 +55,28 @@ TEST(Dates, SerialsCountDaysFrom1899December30) {
   EXPECT_TRUE(HasTime(t));
   EXPECT_FALSE(HasTime(D(2026, 11, 22)));
   EXPECT_EQ(DT(2026, 1, 1, 24, 0, 0), D(2026, 1, 2));  // hours carry into the day
+}
+
+TEST(Dates, SerialsOutsideTheCalendarOverflow) {
+  // Serials past the years 100 to 9999, or no number at all, have no calendar fields; the
+  // largest doubles must not wrap around into some other day.
+  const struct {
+    double serial;
+    int32_t error;
+  } cases[] = {
+      {-657434, 0},          {2958465.5, 0},      {-657435, err::kOverflow},
+      {2958466, err::kOverflow}, {1e308, err::kOverflow}, {-1e308, err::kOverflow},
+      {1e19, err::kOverflow},    {INFINITY, err::kOverflow}, {NAN, err::kOverflow},
+  };
+  for (const auto& c : cases) {
+    const Date d{c.serial};
+    EXPECT_EQ(ErrorOf([&] { Year(d); }), c.error) << c.serial;
+    EXPECT_EQ(ErrorOf([&] { DateDiff("s", Date{0}, d); }), c.error) << c.serial;
+    EXPECT_EQ(ErrorOf([&] { DateAdd("m", 1, d); }), c.error == 0 && c.serial > 2958000
+                                                        ? err::kOverflow
+                                                        : c.error)
+        << c.serial;
+  }
 }
 
 TEST(Dates, DateAddClampsTheDayToTheTargetMonth) {

@@ -64,12 +64,37 @@ TEST(Text, CaseFoldingCoversAsciiAndLatin1) {
   }
   EXPECT_EQ(FoldCase("ABC \xC3\x89"), "abc \xC3\xA9");
 
+  // The comparisons work on the bytes in place; a continuation byte alone, or one that follows
+  // a lead byte other than 0xC3, is no capital letter.
+  const struct {
+    std::string a;
+    std::string b;
+    bool equal;
+  } in_place[] = {
+      {"\x80", "\xA0", false},          // stray continuation bytes
+      {"\xC4\x80", "\xC4\xA0", false},  // U+0100 and U+0120 are not a pair here
+      {"\xC3", "\xC3", true},           // a truncated character equals itself
+      {"x\xC3\x89", "X\xC3\xA9", true},
+      {"strPrefProcStrikeTaxRate", "STRPREFPROCSTRIKETAXRATE", true},
+      {"CompanyID", "CompanyIE", false},
+  };
+  for (const auto& c : in_place) {
+    EXPECT_EQ(EqualsNoCase(c.a, c.b), c.equal) << c.a << " / " << c.b;
+    EXPECT_EQ(EqualsNoCase(c.a, c.b), FoldCase(c.a) == FoldCase(c.b)) << c.a << " / " << c.b;
+    if (c.equal) EXPECT_EQ(HashNoCase(c.a), HashNoCase(c.b)) << c.a << " / " << c.b;
+  }
+  EXPECT_NE(HashNoCase("ExchangeID"), HashNoCase("SectorID"));
+
   EXPECT_EQ(FindNoCase("aXbx", "x"), 1u);
   EXPECT_EQ(FindNoCase("aXbx", "x", 2), 3u);
   EXPECT_EQ(FindNoCase("caf\xC3\x89!", "\xC3\xA9"), 3u);
   EXPECT_EQ(FindNoCase("abc", "d"), std::string::npos);
   EXPECT_EQ(FindNoCase("abc", "a", 4), std::string::npos);
   EXPECT_EQ(FindNoCase("abc", "", 1), 1u);
+  EXPECT_EQ(FindNoCase("\xC3\x89", "", 1), 2u);            // not inside a character
+  EXPECT_EQ(FindNoCase("\xC3\x89\xC3\xA9", "\xA9"), std::string::npos);
+  EXPECT_EQ(FindNoCase("O'N'", "'", 2), 3u);
+  EXPECT_EQ(FindNoCase("ab", "abc"), std::string::npos);
 }
 
 TEST(Text, Windows1252RoundTripsEveryByte) {
