@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -166,37 +165,46 @@ T ToInteger(const Variant& v) {
 }
 
 // Significant decimal digits of |v| (trailing zeros dropped) and the decimal exponent of the
-// first one: 0.00125 gives "125" and -3.
+// first one: 0.00125 gives "125" and -3. At most 18 digits are asked for.
 struct Digits {
-  std::string digits;
+  char digits[24];
+  size_t count = 0;
   int exponent = 0;
+
+  std::string_view view() const { return {digits, count}; }
 };
 
-Digits SignificantDigits(long double v, int precision) {
+template <class T>
+Digits SignificantDigits(T v, int precision) {
+  // to_chars rounds the exact binary value half to even, as printf does, without the locale
+  // and formatting machinery; this runs for every number a statement carries.
   char buffer[64];
-  std::snprintf(buffer, sizeof buffer, "%.*Le", precision - 1, std::fabs(v));
+  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, std::fabs(v),
+                                       std::chars_format::scientific, precision - 1);
   Digits d;
   const char* p = buffer;
-  for (; *p != 'e'; ++p) {
-    if (*p != '.') d.digits.push_back(*p);
+  for (; p != end && *p != 'e'; ++p) {
+    if (*p != '.') d.digits[d.count++] = *p;
   }
-  d.exponent = std::atoi(p + 1);
-  const size_t last = d.digits.find_last_not_of('0');
-  d.digits.erase(last == std::string::npos ? 1 : last + 1);
+  // The exponent is written as e+NN or e-NNN.
+  int exponent = 0;
+  std::from_chars(p + 1 + (p[1] == '+'), end, exponent);
+  d.exponent = exponent;
+  while (d.count > 1 && d.digits[d.count - 1] == '0') --d.count;
   return d;
 }
 
 // Digits laid out without an exponent: 125 at exponent -3 is "0.00125", at 4 "12500".
-std::string PlainText(const Digits& d) {
-  std::string out;
+void AppendPlainText(const Digits& d, std::string& out) {
+  const std::string_view digits = d.view();
   if (d.exponent < 0) {
-    out = "0." + std::string(-d.exponent - 1, '0') + d.digits;
-  } else if (static_cast<size_t>(d.exponent) + 1 >= d.digits.size()) {
-    out = d.digits + std::string(d.exponent + 1 - d.digits.size(), '0');
+    out.append("0.").append(static_cast<size_t>(-d.exponent - 1), '0').append(digits);
+  } else if (static_cast<size_t>(d.exponent) + 1 >= digits.size()) {
+    out.append(digits).append(d.exponent + 1 - digits.size(), '0');
   } else {
-    out = d.digits.substr(0, d.exponent + 1) + '.' + d.digits.substr(d.exponent + 1);
+    out.append(digits.substr(0, d.exponent + 1)).append(1, '.');
+    out.append(digits.substr(d.exponent + 1));
   }
-  return out;
 }
 
 std::string NumberTextOf(double v, int precision) {
@@ -204,16 +212,20 @@ std::string NumberTextOf(double v, int precision) {
   if (std::isinf(v)) return v < 0 ? "-Infinity" : "Infinity";
   if (v == 0) return "0";
   const Digits d = SignificantDigits(v, precision);
-  std::string out = v < 0 ? "-" : "";
+  std::string out;
+  out.reserve(24);
+  if (v < 0) out.push_back('-');
   if (d.exponent >= precision || d.exponent < -4) {
-    out += d.digits[0];
-    if (d.digits.size() > 1) out += '.' + d.digits.substr(1);
-    char exponent[16];
-    std::snprintf(exponent, sizeof exponent, "E%c%02d", d.exponent < 0 ? '-' : '+',
-                  std::abs(d.exponent));
-    out += exponent;
+    out.push_back(d.digits[0]);
+    if (d.count > 1) out.append(1, '.').append(d.view().substr(1));
+    const int magnitude = std::abs(d.exponent);
+    out.append(d.exponent < 0 ? "E-" : "E+");
+    if (magnitude < 10) out.push_back('0');
+    char exponent[8];
+    const auto written = std::to_chars(exponent, exponent + sizeof exponent, magnitude);
+    out.append(exponent, written.ptr);
   } else {
-    out += PlainText(d);
+    AppendPlainText(d, out);
   }
   return out;
 }
@@ -235,7 +247,9 @@ std::string DecimalText(long double v) {
   // A value that came from a double shows the double's digits, not its binary tail.
   const bool from_double = static_cast<long double>(static_cast<double>(v)) == v;
   const Digits d = SignificantDigits(v, from_double ? 15 : 18);
-  return (v < 0 ? "-" : "") + PlainText(d);
+  std::string out = v < 0 ? "-" : "";
+  AppendPlainText(d, out);
+  return out;
 }
 
 // The first and last serials a date may have (100-01-01 and 9999-12-31).

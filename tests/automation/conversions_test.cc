@@ -68,6 +68,25 @@ TEST(Conversions, NumberTextKeepsSignificantDigitsAndExponentForm) {
       {12.5, "12.5"},      {-0.0, "0"},
   };
   for (const auto& c : doubles) EXPECT_EQ(NumberText(c.value), c.expected) << c.value;
+
+  // Exact ties round half to even on the binary value; a decimal that only looks like a tie
+  // rounds by the binary value it stands for.
+  const struct {
+    double value;
+    bool single;
+    const char* expected;
+  } ties[] = {
+      {1234567.5, true, "1234568"},   {1234568.5, true, "1234568"},
+      {-1234567.5, true, "-1234568"}, {0.125, false, "0.125"},
+      {1e100, false, "1E+100"},       {5e-324, false, "4.94065645841247E-324"},
+      {1.7976931348623157e308, false, "1.79769313486232E+308"},
+      {99999.995, true, "99999.99"},  {0.00012345675, false, "0.00012345675"},
+  };
+  for (const auto& c : ties) {
+    EXPECT_EQ(c.single ? NumberText(static_cast<float>(c.value)) : NumberText(c.value),
+              c.expected)
+        << c.value;
+  }
 }
 
 TEST(Conversions, IntegerConversionsRoundHalfToEvenAndOverflow) {
