@@ -9,6 +9,7 @@
 #include "access/sql_text.h"
 #include "automation/conversions.h"
 #include "automation/dates.h"
+#include "automation/text.h"
 #include "common/helpers.h"
 #include "model/fiscal_dates.h"
 #include "model/schema.h"
@@ -58,43 +59,95 @@ std::string JudgmentQuerySql(bool sp, int32_t id) {
   return "SELECT *" + from + where;
 }
 
-// The value of a column of type `type` as the property takes it: texts (and the text forms of
-// flags and variants) with the apostrophe substitution undone, a reference's row ID as its
-// text. Answers Null for a stored Null the property does not take.
-Variant ReadableValue(const Variant& stored, ColumnType type) {
-  switch (type) {
-    case ColumnType::Text:
-    case ColumnType::Reference:
-      return Variant(TextFromSql(stored));
-    case ColumnType::Flags:
-    case ColumnType::Variant:
-      return stored.type() == VarType::String ? Variant(TextFromSql(stored)) : stored;
-    default:
-      return stored;
+// The positions of a row set's columns by name, found once per row set rather than by a scan
+// of the names for every property: a load reads about a hundred columns by name per row set.
+// Names compare case-insensitively and the first of equal names wins, as with FieldValue.
+class ColumnIndex {
+ public:
+  explicit ColumnIndex(const RowSet& rows) : data_(rows.data.AsArray()) {
+    if (!rows.fields.IsArray()) return;
+    const SafeArray& names = rows.fields.AsArray();
+    size_t capacity = 16;
+    while (capacity < 2 * static_cast<size_t>(names.Count())) capacity *= 2;
+    slots_.resize(capacity);
+    for (int32_t i = names.LBound(); i <= names.UBound(); ++i) {
+      const Variant& field = names(i);
+      if (field.type() != VarType::String) continue;
+      const std::string_view name = field.AsString();
+      Slot& slot = Probe(name, HashNoCase(name));
+      if (slot.column < 0) slot = {HashNoCase(name), i, name};
+    }
   }
-}
+
+  // The stored value of column `name` in row `row`, or Empty when no column has that name.
+  const Variant& Value(std::string_view name, int32_t row) const {
+    static const Variant kMissing;
+    if (slots_.empty()) return kMissing;
+    const Slot& slot = Probe(name, HashNoCase(name));
+    return slot.column < 0 ? kMissing : data_(row, slot.column);
+  }
+
+ private:
+  struct Slot {
+    uint64_t hash = 0;
+    int32_t column = -1;
+    std::string_view name;
+  };
+
+  // The slot holding `name`, or the empty slot where it would go. The table is never more
+  // than half full, so a probe always ends.
+  Slot& Probe(std::string_view name, uint64_t hash) {
+    const size_t mask = slots_.size() - 1;
+    for (size_t i = hash & mask;; i = (i + 1) & mask) {
+      Slot& slot = slots_[i];
+      if (slot.column < 0) return slot;
+      if (slot.hash == hash && EqualsNoCase(slot.name, name)) return slot;
+    }
+  }
+  const Slot& Probe(std::string_view name, uint64_t hash) const {
+    return const_cast<ColumnIndex*>(this)->Probe(name, hash);
+  }
+
+  const SafeArray& data_;
+  std::vector<Slot> slots_;
+};
 
 // Sets every column of `rec` the platform uses from row `row`, each read by its own name.
 template <class Rec>
-void MapRow(Rec& rec, const RowSet& rows, int32_t row, bool sp) {
+void MapRow(Rec& rec, const ColumnIndex& columns, int32_t row, bool sp) {
   for (const auto& binding : Rec::Bindings()) {
     if (!UsedOn(binding.column.platform, sp)) continue;
-    Variant value = ReadableValue(FieldValue(binding.column.name, rows.fields, rows.data, row),
-                                  binding.column.type);
-    if (value.IsNull()) continue;
-    SetField(rec, binding, value);
+    const Variant& stored = columns.Value(binding.column.name, row);
+    switch (binding.column.type) {
+      case ColumnType::Text:
+      case ColumnType::Reference:
+        SetField(rec, binding, Variant(TextFromSql(stored)));
+        continue;
+      case ColumnType::Flags:
+      case ColumnType::Variant:
+        if (stored.type() == VarType::String) {
+          SetField(rec, binding, Variant(TextFromSql(stored)));
+          continue;
+        }
+        break;
+      default:
+        break;
+    }
+    // A stored Null leaves the property as it was.
+    if (!stored.IsNull()) SetField(rec, binding, stored);
   }
 }
 
 void ParseCompany(const StoreContext& store, const RowSet& rows, Company& company) {
   try {
-    const Variant id = FieldValue(Company::Table().key, rows.fields, rows.data, 0);
+    const ColumnIndex columns(rows);
+    const Variant& id = columns.Value(Company::Table().key, 0);
     if (!id.IsNull()) company.CompanyID = CLng(id);
-    MapRow(company, rows, 0, store.sp());
+    MapRow(company, columns, 0, store.sp());
 
     const int16_t year_after_fy =
         static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
-    const Variant pmg_fy = FieldValue("intLatestPMGFY", rows.fields, rows.data, 0);
+    const Variant& pmg_fy = columns.Value("intLatestPMGFY", 0);
     company.intLatestPMGFY =
         IsNumeric(pmg_fy) ? std::min(CInt(pmg_fy), year_after_fy) : year_after_fy;
 
@@ -109,7 +162,7 @@ void ParseCompany(const StoreContext& store, const RowSet& rows, Company& compan
 
 void ParseOptions(const StoreContext& store, const RowSet& rows, Company& company) {
   try {
-    MapRow(company.Options, rows, 0, store.sp());
+    MapRow(company.Options, ColumnIndex(rows), 0, store.sp());
   } catch (...) {
     store.ReportCurrent("m_ParseOptions");
   }
@@ -164,8 +217,9 @@ void QueryJudgment(const StoreContext& store, Company& company) {
     }
     try {
       // A column name shared by two joined tables reads from the first; only CompanyID is.
+      const ColumnIndex columns(rows);
       ForEachJudgmentGroup(company, store.sp(),
-                           [&](auto& group) { MapRow(group, rows, 0, store.sp()); });
+                           [&](auto& group) { MapRow(group, columns, 0, store.sp()); });
     } catch (...) {
       store.ReportCurrent("m_ParseJudgment");
     }
@@ -187,9 +241,10 @@ void QuerySeries(const StoreContext& store, int32_t id, std::vector<Row>& series
     if (!QueryRows(store.database(), sql, rows)) return;
     try {
       const int32_t first = rows.data.AsArray().LBound(1);
+      const ColumnIndex columns(rows);
       std::vector<Row> loaded(static_cast<size_t>(rows.Count()));
       for (size_t i = 0; i < loaded.size(); ++i) {
-        MapRow(loaded[i], rows, first + static_cast<int32_t>(i), store.sp());
+        MapRow(loaded[i], columns, first + static_cast<int32_t>(i), store.sp());
       }
       series = std::move(loaded);
     } catch (...) {
