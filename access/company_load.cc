@@ -80,11 +80,15 @@ class ColumnIndex {
   }
 
   // The stored value of column `name` in row `row`, or Empty when no column has that name.
-  const Variant& Value(std::string_view name, int32_t row) const {
+  // `hash` is HashNoCase(name).
+  const Variant& Value(std::string_view name, uint64_t hash, int32_t row) const {
     static const Variant kMissing;
     if (slots_.empty()) return kMissing;
-    const Slot& slot = Probe(name, HashNoCase(name));
+    const Slot& slot = Probe(name, hash);
     return slot.column < 0 ? kMissing : data_(row, slot.column);
+  }
+  const Variant& Value(std::string_view name, int32_t row) const {
+    return Value(name, HashNoCase(name), row);
   }
 
  private:
@@ -112,21 +116,49 @@ class ColumnIndex {
   std::vector<Slot> slots_;
 };
 
+// HashNoCase of each column name of `Rec`, in binding order: the names are fixed, so they are
+// hashed once rather than for every row read.
+template <class Rec>
+const std::vector<uint64_t>& BindingHashes() {
+  static const std::vector<uint64_t> hashes = [] {
+    std::vector<uint64_t> out;
+    for (const auto& binding : Rec::Bindings()) out.push_back(HashNoCase(binding.column.name));
+    return out;
+  }();
+  return hashes;
+}
+
+// Sets a text field from its stored value, the apostrophe substitution undone.
+template <class Rec>
+void SetText(Rec& rec, const FieldBinding<Rec>& binding, const Variant& stored) {
+  // Most texts hold no substitute; they are taken as they are, without a copy.
+  if (stored.type() == VarType::String &&
+      stored.AsString().find("\xC3\xBF") == std::string::npos) {
+    SetField(rec, binding, stored);
+  } else {
+    SetField(rec, binding, Variant(TextFromSql(stored)));
+  }
+}
+
 // Sets every column of `rec` the platform uses from row `row`, each read by its own name.
 template <class Rec>
 void MapRow(Rec& rec, const ColumnIndex& columns, int32_t row, bool sp) {
+  const std::vector<uint64_t>& hashes = BindingHashes<Rec>();
+  size_t k = 0;
   for (const auto& binding : Rec::Bindings()) {
+    const uint64_t hash = hashes[k++];
     if (!UsedOn(binding.column.platform, sp)) continue;
-    const Variant& stored = columns.Value(binding.column.name, row);
+    const Variant& stored = columns.Value(binding.column.name, hash, row);
     switch (binding.column.type) {
       case ColumnType::Text:
       case ColumnType::Reference:
-        SetField(rec, binding, Variant(TextFromSql(stored)));
+        // A Null or Empty text reads as "", never as "no value".
+        SetText(rec, binding, stored);
         continue;
       case ColumnType::Flags:
       case ColumnType::Variant:
         if (stored.type() == VarType::String) {
-          SetField(rec, binding, Variant(TextFromSql(stored)));
+          SetText(rec, binding, stored);
           continue;
         }
         break;

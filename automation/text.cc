@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "automation/errors.h"
 
@@ -155,6 +156,8 @@ std::string FoldCase(std::string_view text) {
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
+  // Names usually come back spelt as they were declared.
+  if (a == b) return true;
   for (size_t i = 0; i < a.size(); ++i) {
     if (FoldedByte(a, i) != FoldedByte(b, i)) return false;
   }
@@ -173,12 +176,23 @@ int CompareNoCase(std::string_view a, std::string_view b) {
 }
 
 uint64_t HashNoCase(std::string_view text) {
-  // FNV-1a over the folded bytes.
-  uint64_t hash = 14695981039346656037ull;
-  for (size_t i = 0; i < text.size(); ++i) {
-    hash = (hash ^ FoldedByte(text, i)) * 1099511628211ull;
+  // Folding only ever sets bit 0x20 of a byte (A-Z, and 0x80-0x9E after 0xC3), so bytes that
+  // fold alike agree once that bit is set in both: hashing them so needs no decoding. Eight
+  // bytes at a time, as the names hashed are column names read by the hundred.
+  constexpr uint64_t kCaseBits = 0x2020202020202020ull;
+  constexpr uint64_t kMultiplier = 0x9E3779B97F4A7C15ull;
+  uint64_t hash = text.size() * kMultiplier;
+  size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) {
+    uint64_t word;
+    std::memcpy(&word, text.data() + i, 8);
+    hash = (hash ^ (word | kCaseBits)) * kMultiplier;
+    hash ^= hash >> 29;
   }
-  return hash;
+  uint64_t tail = 0;
+  if (i < text.size()) std::memcpy(&tail, text.data() + i, text.size() - i);
+  hash = (hash ^ (tail | kCaseBits)) * kMultiplier;
+  return hash ^ (hash >> 32);
 }
 
 size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t from) {

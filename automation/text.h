@@ -28,8 +28,8 @@ std::string Trim(std::string_view text);
 std::string FoldCase(std::string_view text);
 bool EqualsNoCase(std::string_view a, std::string_view b);
 int CompareNoCase(std::string_view a, std::string_view b);
-// A hash of FoldCase(text), computed without building it: texts EqualsNoCase calls equal hash
-// equal. For lookup tables keyed by case-insensitive names.
+// A hash for lookup tables keyed by case-insensitive names: texts EqualsNoCase calls equal
+// hash equal. Computed in place, without folding the text.
 uint64_t HashNoCase(std::string_view text);
 // Byte offset of the first case-insensitive occurrence of `needle` at or after byte `from`,
 // or std::string::npos. `from` must be at a character boundary.
