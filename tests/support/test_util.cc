@@ -1,0 +1,66 @@
+#include "tests/support/test_util.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "automation/conversions.h"
+#include "automation/safe_array.h"
+
+namespace kwx::testing {
+
+Variant Array(std::vector<Variant> values) {
+  return Variant(SafeArray::FromValues(std::move(values)));
+}
+
+Variant Flags(std::vector<bool> items) {
+  SafeArray a = SafeArray::Vector(1, static_cast<int32_t>(items.size()));
+  for (size_t i = 0; i < items.size(); ++i) a(static_cast<int32_t>(i) + 1) = Variant(bool{items[i]});
+  return Variant(std::move(a));
+}
+
+std::vector<std::string> Texts(const Variant& array) {
+  std::vector<std::string> out;
+  if (!array.IsArray()) return out;
+  for (const Variant& e : array.AsArray().elements()) {
+    out.push_back(e.IsEmpty() ? "<empty>" : CStr(e));
+  }
+  return out;
+}
+
+TempDir::TempDir() {
+  const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::string name = "kwx_" + std::to_string(::getpid());
+  if (info != nullptr) name += std::string("_") + info->test_suite_name() + "_" + info->name();
+  path_ = std::filesystem::temp_directory_path() / name;
+  std::filesystem::remove_all(path_);
+  std::filesystem::create_directories(path_);
+}
+
+TempDir::~TempDir() {
+  std::error_code ec;
+  std::filesystem::permissions(path_, std::filesystem::perms::owner_all,
+                               std::filesystem::perm_options::add, ec);
+  std::filesystem::remove_all(path_, ec);
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::string WriteFile(const std::string& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+  return path;
+}
+
+std::vector<std::string> ReadLines(const std::string& path) {
+  std::ifstream in(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+}  // namespace kwx::testing

@@ -1,0 +1,52 @@
+// Helpers shared by the test programs: error numbers, arrays, temporary folders and files.
+#ifndef KWX_TESTS_SUPPORT_TEST_UTIL_H_
+#define KWX_TESTS_SUPPORT_TEST_UTIL_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "automation/errors.h"
+#include "automation/variant.h"
+
+namespace kwx::testing {
+
+// The error number a statement raises, or 0 when it completes.
+template <class F>
+int32_t ErrorOf(F&& statement) {
+  try {
+    statement();
+  } catch (const AutomationError& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+// A zero-based one-dimensional array of the values.
+Variant Array(std::vector<Variant> values);
+// A struck-out list as the model keeps it: element 1 is the first item.
+Variant Flags(std::vector<bool> items);
+// The elements of an array as texts (CStr), "<empty>" for Empty; none for a non-array.
+std::vector<std::string> Texts(const Variant& array);
+
+// A folder of its own for the running test, removed (with its contents) at the end.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  std::string File(const std::string& name) const { return (path_ / name).string(); }
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+std::string ReadFile(const std::string& path);
+// Writes `bytes` to `path` as they are; answers the path.
+std::string WriteFile(const std::string& path, const std::string& bytes);
+std::vector<std::string> ReadLines(const std::string& path);
+
+}  // namespace kwx::testing
+
+#endif  // KWX_TESTS_SUPPORT_TEST_UTIL_H_
