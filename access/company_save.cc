@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "access/company_tables_internal.h"
@@ -49,42 +51,91 @@ Columns<Rec> ColumnsOf(bool sp, bool insert_order = false) {
   return columns;
 }
 
-// A field written by the rule of its column type.
+// A member appended by the rule of its column type straight from its C++ type, without a
+// Variant between; false when the pair is not one of the plain ones (the caller then goes
+// through the Variant). The texts are those of AppendSqlValue.
+bool AppendMember(std::string& out, const std::string& value, ColumnType type) {
+  if (type != ColumnType::Text) return false;
+  AppendSqlText(out, value);
+  return true;
+}
+bool AppendMember(std::string& out, float value, ColumnType type) {
+  // An infinite single takes the conversion's overflow.
+  if (type != ColumnType::Single || std::isinf(value)) return false;
+  out.append(NumberText(value));
+  return true;
+}
+bool AppendMember(std::string& out, int16_t value, ColumnType type) {
+  if (type != ColumnType::Integer) return false;
+  AppendSqlInteger(out, value);
+  return true;
+}
+bool AppendMember(std::string& out, int32_t value, ColumnType type) {
+  if (type != ColumnType::Long) return false;
+  AppendSqlInteger(out, value);
+  return true;
+}
+bool AppendMember(std::string& out, bool value, ColumnType type) {
+  if (type != ColumnType::Boolean) return false;
+  out.append(value ? "True" : "False");
+  return true;
+}
+bool AppendMember(std::string& out, const Variant& value, ColumnType type) {
+  AppendSqlValue(out, value, type);
+  return true;
+}
+bool AppendMember(std::string&, Date, ColumnType) { return false; }
+
+// A field appended by the rule of its column type.
+template <class Rec>
+void AppendPlainValue(std::string& out, const Rec& rec, const FieldBinding<Rec>& binding) {
+  const ColumnType type = binding.column.type;
+  const bool appended = std::visit(
+      [&](auto member) { return AppendMember(out, rec.*member, type); }, binding.member);
+  if (!appended) AppendSqlValue(out, GetField(rec, binding), type);
+}
+
 template <class Rec>
 std::string PlainValue(const Rec& rec, const FieldBinding<Rec>& binding) {
-  return SqlValue(GetField(rec, binding), binding.column.type);
+  std::string out;
+  AppendPlainValue(out, rec, binding);
+  return out;
 }
 
 template <class Rec>
-std::string NameList(const Columns<Rec>& columns, std::string_view separator) {
-  std::string out;
-  for (const auto* binding : columns) {
-    if (!out.empty()) out.append(separator);
-    out.append(binding->column.name);
+void AppendNames(std::string& out, const Columns<Rec>& columns, std::string_view separator) {
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) out.append(separator);
+    out.append(columns[i]->column.name);
   }
-  return out;
 }
 
+// The values separated by ",", each appended by `value(out, rec, binding)`.
 template <class Rec, class ValueFn>
-std::string ValueList(const Rec& rec, const Columns<Rec>& columns, ValueFn value) {
-  std::string out;
+void AppendValues(std::string& out, const Rec& rec, const Columns<Rec>& columns, ValueFn value) {
   for (size_t i = 0; i < columns.size(); ++i) {
-    if (i > 0) out += ',';
-    out += value(rec, *columns[i]);
+    if (i > 0) out.push_back(',');
+    value(out, rec, *columns[i]);
   }
-  return out;
 }
 
 // "COLUMN=VALUE" pairs separated by ",", with `equals` between name and value.
 template <class Rec, class ValueFn>
-std::string Assignments(const Rec& rec, const Columns<Rec>& columns, std::string_view equals,
-                        ValueFn value) {
-  std::string out;
+void AppendAssignments(std::string& out, const Rec& rec, const Columns<Rec>& columns,
+                       std::string_view equals, ValueFn value) {
   for (size_t i = 0; i < columns.size(); ++i) {
-    if (i > 0) out += ',';
-    out.append(columns[i]->column.name).append(equals).append(value(rec, *columns[i]));
+    if (i > 0) out.push_back(',');
+    out.append(columns[i]->column.name).append(equals);
+    value(out, rec, *columns[i]);
   }
-  return out;
+}
+
+// A statement's text: the columns and values of the bigger tables make texts of a few
+// kilobytes, composed once into room reserved for them.
+std::string Statement(size_t columns) {
+  std::string sql;
+  sql.reserve(64 + 48 * columns);
+  return sql;
 }
 
 // Runs an action statement; true when it succeeded and changed at least one row.
@@ -120,10 +171,14 @@ class ReferenceIds {
     return 0;
   }
 
-  // The company's fields written by their column rule, reference columns as their row IDs.
-  std::string operator()(const Company& company, const FieldBinding<Company>& binding) const {
-    if (binding.column.type == ColumnType::Reference) return std::to_string(Of(binding.column.name));
-    return PlainValue(company, binding);
+  // Appends a company field written by its column rule, reference columns as their row IDs.
+  void operator()(std::string& out, const Company& company,
+                  const FieldBinding<Company>& binding) const {
+    if (binding.column.type == ColumnType::Reference) {
+      AppendSqlInteger(out, Of(binding.column.name));
+    } else {
+      AppendPlainValue(out, company, binding);
+    }
   }
 
  private:
@@ -151,14 +206,17 @@ bool SaveOptions(const StoreContext& store, IDatabase& db, const Company& compan
     const OptionsGroup& options = company.Options;
     const std::string_view table = OptionsGroup::Table().name;
     const std::string id = std::to_string(company.CompanyID);
+    const Columns<OptionsGroup> columns = ColumnsOf<OptionsGroup>(store.sp());
+    update = Statement(columns.size());
     update.append("Update ").append(table).append("   set ");
-    update.append(Assignments(options, ColumnsOf<OptionsGroup>(store.sp()), "=",
-                              PlainValue<OptionsGroup>));
+    AppendAssignments(update, options, columns, "=", AppendPlainValue<OptionsGroup>);
     update.append(" where ").append(CompanyKey()).append(" = ").append(id);
     const Columns<OptionsGroup> insert_columns = ColumnsOf<OptionsGroup>(store.sp(), true);
+    insert = Statement(columns.size());
     insert.append("insert into ").append(table).append(" (").append(CompanyKey()).append(",");
-    insert.append(NameList(insert_columns, ",")).append(") select ").append(id).append(",");
-    insert.append(ValueList(options, insert_columns, PlainValue<OptionsGroup>));
+    AppendNames(insert, insert_columns, ",");
+    insert.append(") select ").append(id).append(",");
+    AppendValues(insert, options, insert_columns, AppendPlainValue<OptionsGroup>);
   } catch (...) {
     store.ReportCurrent("m_strOptionSQL", CompanyParameter(company.CompanyID));
     return false;
@@ -172,15 +230,18 @@ bool SaveRecord(const StoreContext& store, IDatabase& db, Company& company,
   try {
     const int32_t id = company.CompanyID;
     const std::string_view table = Company::Table().name;
-    std::string sql;
+    const Columns<Company> columns = ColumnsOf<Company>(store.sp(), /*insert_order=*/id < 1);
+    std::string sql = Statement(columns.size());
     if (id >= 1) {
       sql.append("Update ").append(table).append(" set ");
-      sql.append(Assignments(company, ColumnsOf<Company>(store.sp()), "=", ids));
-      sql.append(" where ").append(CompanyKey()).append(" = ").append(std::to_string(id));
+      AppendAssignments(sql, company, columns, "=", ids);
+      sql.append(" where ").append(CompanyKey()).append(" = ");
+      AppendSqlInteger(sql, id);
     } else {
-      const Columns<Company> columns = ColumnsOf<Company>(store.sp(), true);
-      sql.append("insert into ").append(table).append(" (").append(NameList(columns, ","));
-      sql.append(") select ").append(ValueList(company, columns, ids));
+      sql.append("insert into ").append(table).append(" (");
+      AppendNames(sql, columns, ",");
+      sql.append(") select ");
+      AppendValues(sql, company, columns, ids);
     }
     if (!Ran(db, sql)) return false;
 
@@ -229,21 +290,26 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
     }
 
     const Columns<Row> columns = ColumnsOf<Row>(store.sp());
+    // Every insert starts alike: the table, the column list and the company's ID.
+    std::string insert_head = "insert into ";
+    insert_head.append(table.name).append(" (").append(CompanyKey()).append(",");
+    AppendNames(insert_head, columns, ",");
+    insert_head.append(") select ").append(id).append(",");
+    sql = Statement(columns.size());
+    Row row;
     for (size_t i = 0; i < count; ++i) {
-      Row row = i < series.size() ? series[i] : Row{};
+      row = i < series.size() ? series[i] : Row{};
       derive(row, static_cast<int>(i));
+      sql.clear();
       if (first_key < 1) {
-        sql = "insert into ";
-        sql.append(table.name).append(" (").append(CompanyKey()).append(",");
-        sql.append(NameList(columns, ",")).append(") select ").append(id).append(",");
-        sql.append(ValueList(row, columns, PlainValue<Row>));
+        sql.append(insert_head);
+        AppendValues(sql, row, columns, AppendPlainValue<Row>);
       } else {
         // Keys are assumed consecutive from the smallest; a missing one is simply not written.
-        sql = "Update ";
-        sql.append(table.name).append(" set ");
-        sql.append(Assignments(row, columns, equals, PlainValue<Row>));
+        sql.append("Update ").append(table.name).append(" set ");
+        AppendAssignments(sql, row, columns, equals, AppendPlainValue<Row>);
         sql.append(" where ").append(table.key).append(" = ");
-        sql.append(std::to_string(static_cast<int64_t>(first_key) + static_cast<int64_t>(i)));
+        AppendSqlInteger(sql, static_cast<int64_t>(first_key) + static_cast<int64_t>(i));
       }
       if (!Ran(db, sql)) return false;
     }
@@ -258,14 +324,16 @@ template <class Group>
 bool SaveGroup(IDatabase& db, const Group& group, const std::string& id, bool sp) {
   const std::string_view table = Group::Table().name;
   const Columns<Group> columns = ColumnsOf<Group>(sp);
-  std::string update = "Update ";
-  update.append(table).append(" set ").append(Assignments(group, columns, "=", PlainValue<Group>));
+  std::string update = Statement(columns.size());
+  update.append("Update ").append(table).append(" set ");
+  AppendAssignments(update, group, columns, "=", AppendPlainValue<Group>);
   update.append(" Where ").append(CompanyKey()).append(" = ").append(id);
   if (Wrote(db, update)) return true;
-  std::string insert = "Insert into ";
-  insert.append(table).append(" (").append(CompanyKey()).append(",");
-  insert.append(NameList(columns, ",")).append(") Select ").append(id).append(",");
-  insert.append(ValueList(group, columns, PlainValue<Group>));
+  std::string insert = Statement(columns.size());
+  insert.append("Insert into ").append(table).append(" (").append(CompanyKey()).append(",");
+  AppendNames(insert, columns, ",");
+  insert.append(") Select ").append(id).append(",");
+  AppendValues(insert, group, columns, AppendPlainValue<Group>);
   return Wrote(db, insert);
 }
 
@@ -296,18 +364,21 @@ void SaveMarketAverages(const StoreContext& store, const Company& company) {
     // Column 0 is the day; the averages follow it.
     const FieldBinding<MarketAverages>& day = *columns.front();
     const std::string date = PlainValue(averages, day);
-    std::string update = "Update ";
-    update.append(table);
+    std::string update = Statement(columns.size());
+    update.append("Update ").append(table);
     for (size_t i = 1; i < columns.size(); ++i) {
       update.append(i == 1 ? "   set " : ",       ").append(columns[i]->column.name);
-      update.append(" = ").append(PlainValue(averages, *columns[i]));
+      update.append(" = ");
+      AppendPlainValue(update, averages, *columns[i]);
     }
     update.append(" Where datediff(").append(SqlText(Variant("d"))).append(",");
     update.append(day.column.name).append(",").append(date).append(") = 0");
     if (Wrote(db, update)) return;
-    std::string insert = "insert into ";
-    insert.append(table).append(" (").append(NameList(columns, ", ")).append(") select ");
-    insert.append(ValueList(averages, columns, PlainValue<MarketAverages>));
+    std::string insert = Statement(columns.size());
+    insert.append("insert into ").append(table).append(" (");
+    AppendNames(insert, columns, ", ");
+    insert.append(") select ");
+    AppendValues(insert, averages, columns, AppendPlainValue<MarketAverages>);
     Wrote(db, insert);
   } catch (...) {
     store.ReportCurrent("Access_Update", CompanyParameter(company.CompanyID));

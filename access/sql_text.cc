@@ -1,5 +1,7 @@
 #include "access/sql_text.h"
 
+#include <charconv>
+
 #include "automation/conversions.h"
 #include "automation/errors.h"
 #include "automation/format.h"
@@ -29,22 +31,29 @@ bool BothArrays(const Variant& a, const Variant& b) { return a.IsArray() && b.Is
 
 }  // namespace
 
-std::string SqlText(const Variant& value) {
-  std::string text;
-  switch (value.type()) {
-    case VarType::String:
-      text = value.AsString();
-      ReplaceText(text, "'", Substitute());
-      break;
-    case VarType::Date:
-      // A date outside the formatter's calendar has no short form; it is written like any
-      // other value the writer cannot take.
-      if (!ResumeNext([&] { text = Format(value, "Short Date"); })) text.clear();
-      break;
-    default:
-      break;
+void AppendSqlText(std::string& out, std::string_view text) {
+  // QuoteSQLText with the apostrophe after the substitution, composed in place: trimming
+  // blanks and replacing apostrophes do not interfere, as the substitute is no blank.
+  const size_t first = text.find_first_not_of(' ');
+  text = first == std::string_view::npos
+             ? std::string_view()
+             : text.substr(first, text.find_last_not_of(' ') - first + 1);
+  out.reserve(out.size() + text.size() + 2);
+  out.push_back('\'');
+  for (size_t at = 0;;) {
+    const size_t apostrophe = text.find('\'', at);
+    out.append(text.substr(at, apostrophe - at));
+    if (apostrophe == std::string_view::npos) break;
+    out.append(Substitute());
+    at = apostrophe + 1;
   }
-  return QuoteSQLText(text, '\'');
+  out.push_back('\'');
+}
+
+std::string SqlText(const Variant& value) {
+  std::string out;
+  AppendSqlValue(out, value, ColumnType::Text);
+  return out;
 }
 
 std::string SqlBoolean(const Variant& value) { return CBool(value) ? "True" : "False"; }
@@ -66,27 +75,63 @@ std::string FlagsText(const Variant& flags) {
   return out;
 }
 
-std::string SqlFlags(const Variant& flags) { return SqlText(Variant(FlagsText(flags))); }
+std::string SqlFlags(const Variant& flags) {
+  std::string out;
+  AppendSqlText(out, FlagsText(flags));
+  return out;
+}
 
-std::string SqlValue(const Variant& value, ColumnType type) {
+void AppendSqlInteger(std::string& out, int64_t value) {
+  char digits[24];
+  const auto written = std::to_chars(digits, digits + sizeof digits, value);
+  out.append(digits, written.ptr);
+}
+
+void AppendSqlValue(std::string& out, const Variant& value, ColumnType type) {
   switch (type) {
     case ColumnType::Text:
     case ColumnType::Date:
     case ColumnType::Variant:
-      return SqlText(value);
+      break;
     case ColumnType::Flags:
-      return SqlFlags(value);
+      AppendSqlText(out, FlagsText(value));
+      return;
     case ColumnType::Single:
-      return SqlSingle(value);
+      out.append(NumberText(CSng(value)));
+      return;
     case ColumnType::Integer:
-      return SqlInteger(value);
+      AppendSqlInteger(out, CInt(value));
+      return;
     case ColumnType::Long:
     case ColumnType::Reference:
-      return SqlLong(value);
+      AppendSqlInteger(out, CLng(value));
+      return;
     case ColumnType::Boolean:
-      return SqlBoolean(value);
+      out.append(CBool(value) ? "True" : "False");
+      return;
   }
-  return SqlText(value);
+  switch (value.type()) {
+    case VarType::String:
+      AppendSqlText(out, value.AsString());
+      return;
+    case VarType::Date: {
+      // A date outside the formatter's calendar has no short form; it is written like any
+      // other value the writer cannot take.
+      std::string text;
+      if (!ResumeNext([&] { text = Format(value, "Short Date"); })) text.clear();
+      AppendSqlText(out, text);
+      return;
+    }
+    default:
+      out.append("''");
+      return;
+  }
+}
+
+std::string SqlValue(const Variant& value, ColumnType type) {
+  std::string out;
+  AppendSqlValue(out, value, type);
+  return out;
 }
 
 std::string TextFromSql(const Variant& value) {

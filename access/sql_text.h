@@ -56,6 +56,14 @@ std::string SqlFlags(const Variant& flags);
 // (a row ID in the table) by SqlLong; Boolean by SqlBoolean. Raises as the chosen writer.
 std::string SqlValue(const Variant& value, ColumnType type);
 
+// The same writers appending to `out`, for composing a statement without a string per value.
+// AppendSqlText writes `text` by the text rule of SqlText; AppendSqlInteger writes plain
+// decimal; AppendSqlValue writes by SqlValue's rule and raises as SqlValue (`out` may then
+// hold part of the value).
+void AppendSqlText(std::string& out, std::string_view text);
+void AppendSqlInteger(std::string& out, int64_t value);
+void AppendSqlValue(std::string& out, const Variant& value, ColumnType type);
+
 // ---- Reading values ----------------------------------------------------------------------
 
 // A text value read from the database: the value as text with every U+00FF turned back into
