@@ -9,25 +9,18 @@
 #include "automation/conversions.h"
 #include "automation/dates.h"
 #include "automation/safe_array.h"
-#include "tests/services/test_database.h"
-#include "tests/support/recording_database.h"
+#include "tests/support/test_database.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
 
-using testing::QueryResult;
-using testing::RecordingDatabase;
-using testing::ScriptedResult;
 
 constexpr const char* kSub = "\xC3\xBF";  // what an apostrophe becomes inside a statement
 
-Variant List(std::vector<Variant> values) { return Variant(SafeArray::FromValues(std::move(values))); }
+using testing::Flags;
 
-Variant Flags(std::vector<bool> flags) {
-  SafeArray a = SafeArray::Vector(1, static_cast<int32_t>(flags.size()));
-  for (size_t i = 0; i < flags.size(); ++i) a(static_cast<int32_t>(i) + 1) = Variant(bool{flags[i]});
-  return Variant(std::move(a));
-}
+Variant List(std::vector<Variant> values) { return testing::Array(std::move(values)); }
 
 Comparison SampleComparison() {
   Comparison c;
@@ -99,51 +92,7 @@ TEST(ComparisonStatements, ABuilderThatCannotWriteAValueReportsAndAnswersNothing
   EXPECT_EQ(errors.reports()[0].location, "m_strComparisonCompany");
 }
 
-struct Recorded {
-  RecordingDatabase db;
-  ReferenceCaches caches;
-  ErrorCollector errors;
-  StoreContext store{&db, 0, &caches, &errors};
-};
-
-TEST(SaveComparison, InsertsWhatNoUpdateChangedAndReadsTheIDBackByName) {
-  Recorded r;
-  r.db.Answer("select ComparisonID", QueryResult({"ComparisonID"}, {{Variant(int32_t{5})}}));
-  // Member 12 (the one with flags 101) exists already, member 13 does not.
-  r.db.Answer("Update ComparisonCompany   set SelectedFields = '101'", ScriptedResult{true, 1});
-  Comparison c = SampleComparison();
-  UpdateComparison(r.store, c);
-  EXPECT_EQ(c.ComparisonID, 5);
-  const std::vector<std::string>& st = r.db.statements;
-  ASSERT_EQ(st.size(), 6u);
-  EXPECT_EQ(st[0].rfind("Update Comparison   set", 0), 0u);
-  EXPECT_EQ(st[1].rfind("Insert into Comparison", 0), 0u);
-  EXPECT_EQ(st[2], "select ComparisonID  from Comparison where Name = 'Tom" + std::string(kSub) +
-                       "s picks'");
-  // Members are written under the ID read back; the member with ID 0 is skipped.
-  EXPECT_EQ(st[3].rfind("Update ComparisonCompany", 0), 0u);
-  EXPECT_NE(st[3].find("where ComparisonID = 5   and CompanyID = 12"), std::string::npos);
-  EXPECT_NE(st[4].find("and CompanyID = 13"), std::string::npos);
-  EXPECT_EQ(st[5].rfind("insert into ComparisonCompany", 0), 0u);
-  EXPECT_TRUE(r.errors.reports().empty());
-}
-
-TEST(SavePERTReport, UpdatesAnExistingHeaderAndSkipsMembersWithoutID) {
-  Recorded r;
-  r.db.Answer("Update PERTReport ", ScriptedResult{true, 1});
-  r.db.Answer("select PERTReportID", QueryResult({"PERTReportID"}, {{Variant(int32_t{4})}}));
-  PERTReport p = SampleReport();
-  UpdatePERTReport(r.store, p);
-  EXPECT_EQ(p.PERTReportID, 4);
-  const std::vector<std::string> expected{
-      m_strPERTReport(SampleReport(), true),
-      "select PERTReportID  from PERTReport where Name = 'P" + std::string(kSub) + "x'",
-      m_strPERTReportCompany(4, 12, true), m_strPERTReportCompany(4, 12, false),
-      m_strPERTReportCompany(4, 13, true), m_strPERTReportCompany(4, 13, false)};
-  EXPECT_EQ(r.db.statements, expected);
-}
-
-TEST(LoadComparison, RunsTheJoinedSelectsAndParsesEveryRow) {
+TEST(ComparisonStatements, LoadsAreJoinedSelects) {
   EXPECT_EQ(QueryComparisonSql(5),
             "select C.ComparisonID, C.Name, C.StudiedSection, C.Description, C.Field27, "
             "C.Field28, C.UpdatePerson, C.LastUpdate, CC.CompanyID, CC.SelectedFields, "
@@ -154,36 +103,6 @@ TEST(LoadComparison, RunsTheJoinedSelectsAndParsesEveryRow) {
             "FROM (PERTReport AS P INNER JOIN PERTReportCompany AS PRC ON P.PERTReportID = "
             "PRC.PERTReportID) INNER JOIN Company AS C ON PRC.CompanyID = C.CompanyID WHERE "
             "P.PERTReportID = 4 ORDER BY PRC.PERTReportCompanyID ASC;");
-
-  Recorded r;
-  const std::string name = "Tom" + std::string(kSub) + "s";
-  r.db.Answer("select C.ComparisonID",
-              QueryResult({"ComparisonID", "Name", "StudiedSection", "Description", "Field27",
-                           "Field28", "UpdatePerson", "LastUpdate", "CompanyID", "SelectedFields",
-                           "FieldData"},
-                          {{Variant(int32_t{5}), Variant(name), Variant(int16_t{3}), Variant::Null(),
-                            Variant("f"), Variant("g"), Variant("u"), Variant(DateSerial(2024, 1, 2)),
-                            Variant(int32_t{12}), Variant("0110"), Variant("a,b" + std::string(kSub))},
-                           {}}));
-  Comparison c;
-  c.ComparisonID = 5;
-  c.Description = "kept";
-  c.Members = {{99, Variant(), Variant()}};
-  QueryComparison(r.store, c);
-  EXPECT_EQ(r.db.statements, std::vector<std::string>{QueryComparisonSql(5)});
-  EXPECT_EQ(c.Name, "Tom's");
-  EXPECT_EQ(c.Description, "kept");  // Null leaves it as it was
-  EXPECT_EQ(c.StudiedSection, 3);
-  EXPECT_EQ(c.LastUpdate, DateSerial(2024, 1, 2));
-  ASSERT_EQ(c.Members.size(), 2u);
-  EXPECT_EQ(c.Members[0].CompanyID, 12);
-  EXPECT_TRUE(c.Members[0].SelectedFields.SameAs(Flags({false, true, true, false})))
-      << c.Members[0].SelectedFields;
-  EXPECT_TRUE(c.Members[0].FieldData.SameAs(List({Variant("a"), Variant("b'")})));
-  // The second row is all Empty: a member of ID 0 with nothing selected.
-  EXPECT_EQ(c.Members[1].CompanyID, 0);
-  EXPECT_TRUE(c.Members[1].SelectedFields.IsEmpty());
-  EXPECT_TRUE(r.errors.reports().empty());
 }
 
 // ---- Against a real database -------------------------------------------------------------

@@ -9,22 +9,17 @@
 #include "automation/errors.h"
 #include "automation/safe_array.h"
 #include "automation/text.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
 
-Variant Array(std::vector<Variant> values) { return Variant(SafeArray::FromValues(values)); }
-
-// The elements of a one-dimensional array Variant, for whole-array comparisons.
-std::vector<Variant> Elements(const Variant& v) {
-  if (!v.IsArray()) return {};
-  return v.AsArray().elements();
-}
+using testing::Array;
 
 void ExpectSame(const std::vector<Variant>& want, const Variant& got, const std::string& label) {
   ASSERT_TRUE(got.IsArray()) << label << ": " << got;
   EXPECT_EQ(got.AsArray().LBound(), 0) << label;
-  const std::vector<Variant> elements = Elements(got);
+  const std::vector<Variant> elements = got.AsArray().elements();
   ASSERT_EQ(elements.size(), want.size()) << label << ": " << got;
   for (size_t i = 0; i < want.size(); ++i) {
     EXPECT_TRUE(elements[i].SameAs(want[i]))
@@ -44,15 +39,11 @@ TEST(SafeDivide, SubstitutesAndQuotients) {
       {int16_t{5}, int16_t{0}, true, false, if_zero},
       {int16_t{5}, Variant(), true, false, if_zero},  // Empty divisor counts as 0
       {int16_t{-5}, int16_t{2}, true, true, if_negative},
-      {int16_t{5}, int16_t{-2}, false, true, if_negative},
       {int16_t{-5}, int16_t{2}, true, false, -2.5},
       {int16_t{-5}, int16_t{2}, false, false, int16_t{-2}},
       {2.5, 1.5, false, false, int32_t{1}},  // operands rounded half to even: 2 \ 2
-      {3.5, 1.5, false, false, int32_t{2}},  // 4 \ 2
-      {7.0f, 2.0f, true, false, 3.5f},
       {Variant(), int16_t{4}, true, false, 0.0},
       {Variant::Null(), int16_t{4}, true, true, Variant::Null()},
-      {int16_t{4}, Variant::Null(), false, true, Variant::Null()},
   };
   for (const Case& c : cases) {
     const Variant got = SafeDivide(c.numerator, c.divisor, c.use_float, if_zero,
@@ -88,11 +79,9 @@ TEST(IsValidDate, BoundsAreExclusiveAndTheUpperOneIsDecemberFirst) {
       {DateSerial(1900, 1, 1), false},
       {Date{DateSerial(1900, 1, 1).serial + 0.99}, false},  // the time of day does not count
       {DateSerial(1900, 1, 2), true},
-      {DateSerial(2024, 6, 15), true},
       {DateSerial(2999, 11, 30), true},
       {Date{DateSerial(2999, 11, 30).serial + 0.5}, true},
       {DateSerial(2999, 12, 1), false},
-      {DateSerial(2999, 12, 31), false},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(IsValidDate(c.date), c.want) << "serial " << c.date.serial;
@@ -108,13 +97,10 @@ TEST(QuoteSQLText, TrimsAndChoosesTheQuote) {
   const std::vector<Case> cases = {
       {"  O'Neil ", 0, "\"O'Neil\""},
       {"abc", 0, "'abc'"},
-      {"abc", 34, "\"abc\""},
       {" abc ", 39, "'abc'"},
       {"O'Neil", 39, "'O'Neil'"},  // prescribed quote: nothing is escaped
       {"say \"hi\"", 0, "'say \"hi\"'"},
       {"it's \"x\"", 0, "\"it's \"x\"\""},  // both kinds: left as they are
-      {"abc", 96, "'abc'"},              // unknown codes choose like 0
-      {"   ", 0, "''"},
       {"\ttab ", 0, "'\ttab'"},  // only blanks are trimmed
   };
   for (const Case& c : cases) {
@@ -130,11 +116,8 @@ TEST(ReplaceText, CaseInsensitiveAndNeverRescansTheReplacement) {
   const std::vector<Case> cases = {
       {"aXbx", "x", "yy", "ayybyy"},
       {"aaa", "a", "aa", "aaaaaa"},  // the replacement holds the search text
-      {"abcABC", "bc", "", "aA"},
       {"O'Neil's", "'", ChrW(255), "O" + ChrW(255) + "Neil" + ChrW(255) + "s"},
       {"caf\xC3\x89 caf\xC3\xA9", "\xC3\xA9", "e", "cafe cafe"},  // Latin-1 letters fold too
-      {"none", "x", "y", "none"},
-      {"", "x", "y", ""},
       {"keep", "", "y", "keep"},
   };
   for (const Case& c : cases) {
@@ -150,17 +133,13 @@ TEST(SplitText, DropsOnlyOneTrailingEmptyPiece) {
     std::vector<Variant> want;
   };
   const std::vector<Case> cases = {
-      {",", "a,b,c", {"a", "b", "c"}},
       {",", "a,,b", {"a", "", "b"}},
       {",", "a,b,", {"a", "b"}},
       {",", "a,b,,", {"a", "b", ""}},
       {",", ",", {""}},
-      {",", ",a", {"", "a"}},
-      {",", "abc", {"abc"}},
       {"A", "xAyaz", {"x", "yaz"}},               // binary comparison
       {",;", "a,;b", {"a", ";b"}},                // advances one character only
       {"\xC3\xA9", "x\xC3\xA9y", {"x", "y"}},     // positions are characters
-      {"\t", "1.5\t2\t\t", {"1.5", "2", ""}},
   };
   for (const Case& c : cases) {
     ExpectSame(c.want, SplitText(c.delimiter, c.text), c.text);
@@ -193,13 +172,11 @@ TEST(SplitToTypedArray, ConvertsPadsAndKeepsUnconvertiblePiecesAsText) {
       {",", "1,2,3", 2, zero, 2, {int16_t{1}, int16_t{2}}},  // extra pieces dropped
       {",", "1,,3", 3, zero, 3, {int32_t{1}, "", int32_t{3}}},
       {",", "a,b", 2, zero, 8, {"a", "b"}},
-      {",", "a,b", 2, zero, 99, {"a", "b"}},
       {"\t", "1\t0\t-1", 3, false, 11, {true, false, true}},
       {"\t", "70000\t2", 2, zero, 2, {"70000", int16_t{2}}},  // overflow keeps the text
       {",", "", 2, Variant("d"), 4, {"d", "d"}},
       {"", "1,2", 2, Variant("d"), 4, {"d", "d"}},
       {",", "1,2", 0, zero, 4, {}},
-      {",", "1,2", -3, zero, 4, {}},
   };
   for (const Case& c : cases) {
     ExpectSame(c.want, SplitToTypedArray(c.delimiter, c.text, c.count, c.default_value, c.type),
@@ -217,7 +194,6 @@ TEST(FlagsFromText, OnlyTheDigitOneIsTrue) {
       {"1021", 1, 0, {true, false, false, true}},
       {"1021", 0, 0, {false, true, false, false}},  // position 0 is outside the text
       {"11", 1, 4, {true, true, false, false}},
-      {"1a1", 1, 0, {true, false, true}},
       {"0011", 2, 2, {false, true}},
       {"1", -1, 3, {false, false, true}},
   };
@@ -240,7 +216,6 @@ TEST(JoinArrayText, ConvertsByTypeCode) {
   };
   const std::vector<Case> cases = {
       {mixed, 11, "-1,0,0"},
-      {mixed, 2, "1,0,0"},
       {mixed, 8, "1,0,x"},
       {Array({true, 2.5f, Variant::Null()}), 8, "True,2.5,"},
       {Array({true, 2.5f, "7"}), 5, "True,2.5,7"},  // numeric elements are kept as they are
@@ -266,7 +241,6 @@ TEST(JoinArrayText, AdjustsAndWritesBackTheIndexes) {
       {3, 4, "30;40", 3, 4},
       {3, 1, "30;40;50", 3, 5},  // last below the lower bound becomes the upper bound
       {4, 3, "", 4, 3},          // nothing between first and last
-      {6, 5, "", 6, 5},
       {-7, -1, "20;30;40;50", 2, 5},
   };
   for (const Case& c : cases) {

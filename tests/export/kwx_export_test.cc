@@ -125,17 +125,5 @@ TEST(KwxExport, StruckOutListsTheTablesDoNotKeepRoundTrip) {
   }
 }
 
-TEST(KwxExport, AFreshStudyWritesEveryReadPosition) {
-  Company c;
-  Variant fields = BuildKwxFields(c);
-  int written = 0;
-  for (const Variant& v : fields.AsArray().elements()) written += v.IsEmpty() ? 0 : 1;
-  // Positions 0 to 156 less the 27 unused ones, then the groups, options, PMG and PERT.
-  EXPECT_EQ(written, 130 + 15 + 27 + 30 + 3 + 56 + 15 + 18 + 7 + 2);
-  EXPECT_EQ(At(fields, 370), "0");
-  EXPECT_EQ(At(fields, 371), "");
-  EXPECT_EQ(At(fields, 124).size(), 71u + 72u);  // 72 zeros between 71 tabs
-}
-
 }  // namespace
 }  // namespace kwx

@@ -31,11 +31,6 @@ bool Import(Company& company, Variant fields) {
   return true;
 }
 
-std::vector<Variant> Elements(const Variant& list) {
-  if (!list.IsArray()) return {};
-  return list.AsArray().elements();
-}
-
 TEST(KwxImport, VersionDecidesWhetherAndHowToImport) {
   struct Case {
     const char* version;
@@ -92,7 +87,6 @@ TEST(KwxImport, LatestMonthlyDateAndPmgYearFollowTheLastFiscalYear) {
       {"Mar/31/2005", "", "", DateSerial(2005, 12, 31), 2006},
       {"Mar/31/2005", "Feb/15/2007", "2004", DateSerial(2007, 2, 15), 2006},
       {"Mar/31/2005", "not a date", "2010", DateSerial(2005, 12, 31), 2010},
-      {"Dec/31/2005", "", "2007", DateSerial(2006, 12, 31), 2007},
   };
   for (const Case& c : cases) {
     Company company;
@@ -149,78 +143,26 @@ TEST(KwxImport, DatesNotesAndTheValueAt101) {
   EXPECT_EQ(created.datDataCreated.serial, DateSerial(2001, 1, 5).serial);
 }
 
+// Every position's placement is shown by the export-import round trip; these are the rules.
 TEST(KwxImport, GroupsAreFilledFreshFromTheirPositions) {
   Company company;
   company.JudgmentCheckList.strSCLGrowthDiscuss = "not in the file";
   company.JudgmentPERT.resize(4);
   Import(company, Fields({{159, "reason"},
-                          {160, "-1\t0\t0\t-1\t0\t0\t0\t0\t-1"},
-                          {164, "3"},
-                          {165, "True"},
                           {168, "-1\t0"},
-                          {169, "0\t0\t0\t0\t-1"},
-                          {173, "price"},
-                          {203, "0\t-1"},
-                          {225, "-1\t-1\t0\t0\t0"},
-                          {227, "0\t-1"},
-                          {228, "0\t0\t-1"},
-                          {229, "0\t0\t0\t-1"},
-                          {230, "-1\t0\t0\t0\t-1"},
                           {231, "-1\t-1\t-1\t-1\t-1"},
-                          {241, "0\t0\t0\t0\t-1"},
                           {250, "1\t2\t3\t4\t5\t6\t7\t8\t9\t10\t11\t12\t13"},
-                          {297, "7d"},
-                          {303, "Mar/01/2020"},
-                          {341, "0\t-1\t0\t0\t0"},
-                          {322, "$"},
-                          {320, "2"},
-                          {359, "10\t11\t12\t13\t14"},
-                          {365, "1.5"},
                           {370, "2"},
                           {371, "1\t0.5\t0.25\t3\t2\t1"}}));
-  const JudgmentCheckListGroup& scl = company.JudgmentCheckList;
-  EXPECT_EQ(scl.strSCLReason, "reason");
-  EXPECT_EQ(scl.intSCLPastCompare, 3);
-  EXPECT_TRUE(scl.blnSCLPEContinue);
-  EXPECT_EQ(scl.strSCLStockPrice, "price");
-  EXPECT_EQ(scl.strSCLGrowthDiscuss, "");
-  ASSERT_TRUE(scl.strSCLStrike.IsArray());
-  EXPECT_EQ(scl.strSCLStrike.AsArray().LBound(), 1);
-  EXPECT_EQ(scl.strSCLStrike.AsArray().Count(), 9);
-  EXPECT_TRUE(scl.strSCLStrike.AsArray()(4).SameAs(Variant(true)));
-  EXPECT_TRUE(scl.strSCLStrike.AsArray()(5).SameAs(Variant(false)));
-  EXPECT_EQ(company.JudgmentGraph.strYearStrike.AsArray().Count(), 10);
-  EXPECT_TRUE(company.JudgmentAnalysis.strPart2Strike.AsArray()(2).SameAs(Variant(true)));
-  // The lists the tables do not keep: five items each, a short list padded with False.
-  const struct {
-    const Object& group;
-    const char* name;
-    const char* items;
-  } lists[] = {
-      {scl, "vntSCLRevStrike", "10000"},
-      {scl, "vntSCLEPSStrike", "00001"},
-      {company.JudgmentAnalysis, "vntStrikeD2Eq", "01000"},
-      {company.JudgmentAnalysis, "vntStrikePTI", "00100"},
-      {company.JudgmentAnalysis, "vntStrikeROE", "00010"},
-      {company.JudgmentAnalysis, "vntStrikeLowPrice", "10001"},
-      {company.JudgmentAnalysis, "vntStrikePayout", "11111"},
-  };
-  for (const auto& l : lists) {
-    Variant expected = FlagsFrom(Variant(l.items));
-    EXPECT_TRUE(l.group.GetProperty(l.name).SameAs(expected))
-        << l.name << ": " << l.group.GetProperty(l.name);
-  }
-  EXPECT_TRUE(company.JudgmentPrefProc.strPrefProcStrikeTaxRate.AsArray()(5).SameAs(Variant(true)));
+  EXPECT_EQ(company.JudgmentCheckList.strSCLReason, "reason");
+  EXPECT_EQ(company.JudgmentCheckList.strSCLGrowthDiscuss, "");
+  // The lists the tables do not keep have five items; a short one is padded with False.
+  EXPECT_TRUE(company.JudgmentCheckList.GetProperty("vntSCLRevStrike")
+                  .SameAs(FlagsFrom(Variant("10000"))));
+  EXPECT_TRUE(company.JudgmentAnalysis.GetProperty("vntStrikePayout")
+                  .SameAs(FlagsFrom(Variant("11111"))));
   EXPECT_EQ(company.JudgmentStockReport.strSSR0GAP, "1\t2\t3\t4\t5\t6\t7\t8\t9\t10\t11\t12\t13");
-  EXPECT_EQ(company.JudgmentStockReport.strSSR7d, "7d");
-  EXPECT_EQ(company.JudgmentStockReport.datSSR8g.serial, DateSerial(2020, 3, 1).serial);
-  const std::vector<Variant> contrib = Elements(company.JudgmentAssessment.vntContribFactors);
-  ASSERT_EQ(contrib.size(), 5u);
-  EXPECT_TRUE(contrib[1].SameAs(Variant(true)));
-  EXPECT_EQ(company.Options.strCurSymbol, "$");
-  EXPECT_EQ(company.Options.intUnit, 2);
-  EXPECT_EQ(company.Options.sngPMGRVScaleFactor, 1.5f);
-  EXPECT_EQ(company.JudgmentPMG[4].HiPE, 14.0f);
+  // Position 370 counts the PERT rows of 371, three values a row.
   ASSERT_EQ(company.JudgmentPERT.size(), 2u);
   EXPECT_EQ(company.JudgmentPERT[1].GraphType, 3);
   EXPECT_EQ(company.JudgmentPERT[1].ScaleFactorPositive, 2.0f);

@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +13,7 @@
 #include "model/company.h"
 #include "services/create_database.h"
 #include "tests/support/recording_database.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
@@ -51,26 +48,8 @@ std::string KwxText(std::vector<std::pair<int, std::string>> set, const std::str
   return out;
 }
 
-class TempDir {
- public:
-  TempDir() {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    path_ = std::filesystem::temp_directory_path() /
-            ("kwx_dispatch_" + std::to_string(::getpid()) + "_" + info->name());
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
-  }
-  ~TempDir() { std::filesystem::remove_all(path_); }
-  std::string File(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  std::filesystem::path path_;
-};
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using testing::ReadFile;
+using testing::TempDir;
 
 // Gives every position the KWX layout carries a value of its kind, distinct per position.
 void FillLayoutFields(Company& c) {

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "automation/conversions.h"
 #include "automation/errors.h"
 #include "automation/registry.h"
 #include "automation/safe_array.h"
 #include "loader/kwx_loader.h"
 #include "tests/support/recording_database.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
@@ -59,12 +59,7 @@ std::string ProgIdOf(const kwxLoader& loader) {
   return (db ? db->prog_id : "none") + "|" + (file ? file->prog_id : "none");
 }
 
-std::vector<std::string> Texts(const Variant& v) {
-  std::vector<std::string> out;
-  if (!v.IsArray()) return out;
-  for (const Variant& e : v.AsArray().elements()) out.push_back(e.IsEmpty() ? "<empty>" : CStr(e));
-  return out;
-}
+using testing::Texts;
 
 TEST(LoaderPlatform, SwitchNormalisesAndAlwaysReplacesTheServiceObjects) {
   Doubles doubles;
@@ -204,17 +199,6 @@ TEST(LoaderReferenceTables, AddBeforeOpenLooksUpTheDatabase) {
   loader.Access_AddSector("Energy");
   EXPECT_EQ(db.statements,
             (std::vector<std::string>{"select SectorID  from Sector where Sector='Energy'"}));
-}
-
-TEST(LoaderReferenceTables, VntIndustryReadsTheDatabaseEveryTime) {
-  Doubles doubles;
-  kwxLoader loader;
-  auto& db = *doubles.last_database;
-  db.Answer("select * from Industry",
-            QueryResult({"IndustryID", "IndustryCode", "Industry"}, {{Variant(1), Variant(12), Variant("Banks")}}));
-  EXPECT_EQ(Texts(loader.vntIndustry()), (std::vector<std::string>{"Banks"}));
-  EXPECT_EQ(Texts(loader.vntIndustry()), (std::vector<std::string>{"Banks"}));
-  EXPECT_EQ(db.statements.size(), 2u);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // Saving and loading studies through the loader against a real database file.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <memory>
@@ -16,6 +15,7 @@
 #include "model/fiscal_dates.h"
 #include "services/create_database.h"
 #include "services/sqlite_database.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
@@ -44,11 +44,7 @@ class FailingDatabase : public IDatabase {
 class StoreRoundTrip : public ::testing::Test {
  protected:
   void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    path_ = (std::filesystem::temp_directory_path() /
-             ("kwx_store_" + std::to_string(::getpid()) + "_" + info->name() + ".db"))
-                .string();
-    std::filesystem::remove(path_);
+    path_ = dir_.File("studies.db");
     const Status created = CreateDatabase(path_);
     ASSERT_TRUE(created.ok()) << created.message();
     for (const char* id : {progid::kDatabase, progid::kDatabaseSP}) {
@@ -58,10 +54,7 @@ class StoreRoundTrip : public ::testing::Test {
       }));
     }
   }
-  void TearDown() override {
-    Close();
-    std::filesystem::remove(path_);
-  }
+  void TearDown() override { Close(); }
 
   // Releases the loader and its database object, closing the file.
   void Close() {
@@ -92,6 +85,7 @@ class StoreRoundTrip : public ::testing::Test {
   }
   int32_t Rows(const std::string& table) { return Number("select count(*) from " + table); }
 
+  testing::TempDir dir_;
   std::string path_;
   std::vector<std::unique_ptr<ScopedRegistration>> guards_;
   std::shared_ptr<FailingDatabase> database_;

@@ -8,11 +8,9 @@
 
 #include "automation/safe_array.h"
 #include "automation/text.h"
-#include "model/comparison.h"
 #include "model/judgment_groups.h"
 #include "model/market_averages.h"
 #include "model/options_group.h"
-#include "model/pert_report.h"
 #include "model/series_rows.h"
 
 namespace kwx {
@@ -114,57 +112,6 @@ TEST(Record, EveryRowColumnIsReachableByName) {
   ExerciseRow<JudgmentPMGRow>("JudgmentPMG");
   ExerciseRow<JudgmentPERTRow>("JudgmentPERT");
   ExerciseRow<MarketAverages>("DJAverages");
-}
-
-TEST(Record, BindingsReachTheNamedMembers) {
-  OptionsGroup options;
-  options.SetProperty("blnLockBasicInfo", Variant(true));
-  options.SetProperty("intUnit", Variant(int16_t{3}));
-  EXPECT_TRUE(options.blnLockBasicInfo);
-  EXPECT_FALSE(options.blnBookVal);
-  EXPECT_EQ(options.intUnit, 3);
-
-  JudgmentStockReportGroup report;
-  report.SetProperty("datSSR8g", Variant("11/22/2026"));
-  report.SetProperty("strSSR0GAP", Variant("1\t2"));
-  EXPECT_GT(report.datSSR8g.serial, 46000);
-  EXPECT_EQ(report.strSSR0GAP, "1\t2");
-
-  YearlyRow year;
-  SetByName(year, "sales", Variant(int32_t{7}));
-  EXPECT_EQ(year.Sales, 7.0f);
-  EXPECT_EQ(year.Year, 0);
-  EXPECT_EQ(year.EPS, 0.0f);
-
-  // A struck-out list starts Empty.
-  JudgmentGraphGroup graph;
-  EXPECT_TRUE(graph.strYearStrike.IsEmpty());
-}
-
-TEST(Record, ComparisonAndReportHeadersByName) {
-  Comparison comparison;
-  comparison.SetProperty("comparisonid", Variant("12"));
-  comparison.SetProperty("Name", Variant("Growth"));
-  comparison.SetProperty("studiedsection", Variant(int16_t{4}));
-  comparison.SetProperty("LastUpdate", Variant(Date{40000}));
-  EXPECT_EQ(comparison.ComparisonID, 12);
-  EXPECT_EQ(comparison.Name, "Growth");
-  EXPECT_EQ(comparison.StudiedSection, 4);
-  EXPECT_TRUE(comparison.GetProperty("LASTUPDATE").SameAs(Variant(Date{40000})));
-  EXPECT_EQ(ErrorOf([&] { comparison.SetProperty("StudiedSection", Variant("x")); }),
-            err::kTypeMismatch);
-  EXPECT_EQ(comparison.StudiedSection, 4);
-  EXPECT_EQ(ErrorOf([&] { comparison.GetProperty("Members"); }), err::kNoSuchMember);
-
-  PERTReport report;
-  report.SetProperty("PERTReportID", Variant(int16_t{3}));
-  report.SetProperty("updateperson", Variant("ann"));
-  report.SetProperty("Description", Variant("list"));
-  EXPECT_EQ(report.PERTReportID, 3);
-  EXPECT_EQ(report.UpdatePerson, "ann");
-  EXPECT_TRUE(report.GetProperty("UPDATEPERSON").SameAs(Variant("ann")));
-  EXPECT_TRUE(report.GetProperty("description").SameAs(Variant("list")));
-  EXPECT_EQ(ErrorOf([&] { report.GetProperty("Field27"); }), err::kNoSuchMember);
 }
 
 }  // namespace

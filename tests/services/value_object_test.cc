@@ -6,6 +6,7 @@
 
 #include "automation/errors.h"
 #include "model/company.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
@@ -41,26 +42,16 @@ TEST(ValueObject, CommonDividendPrefersTheLatestYearsPayout) {
 }
 
 TEST(ValueObject, RejectsWhatIsNotACompany) {
-  struct Case {
-    Variant argument;
-    int32_t error;
-  };
-  const Case cases[] = {
+  const std::pair<Variant, int32_t> cases[] = {
       {Variant(), err::kObjectNotSet},
       {Variant(ObjectRef()), err::kObjectNotSet},
       {Variant(2.5f), err::kTypeMismatch},
       {Variant(ObjectRef(std::make_shared<Object>())), err::kTypeMismatch},
   };
   ValueObject value;
-  for (const Case& k : cases) {
-    Variant argument = k.argument;
-    int32_t error = 0;
-    try {
-      value.sngCommonDiv(argument);
-    } catch (const AutomationError& e) {
-      error = e.number();
-    }
-    EXPECT_EQ(error, k.error) << k.argument;
+  for (const auto& [argument, error] : cases) {
+    Variant copy = argument;
+    EXPECT_EQ(testing::ErrorOf([&] { value.sngCommonDiv(copy); }), error) << argument;
   }
 }
 
