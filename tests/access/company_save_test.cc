@@ -364,22 +364,6 @@ TEST(CompanySave, JudgmentGroupsFollowThePlatformThenTheMarketAverages) {
   EXPECT_EQ(failing.db.statements.back(), "<RollbackTrans>");
 }
 
-TEST(CompanySave, WithoutJudgmentsNeitherGroupsNorMarketAveragesAreTouched) {
-  Fixture f;
-  WriteOneRow(f.db, 100);
-  Company company = SampleCompany();
-  company.CompanyID = 41;
-  EXPECT_TRUE(SaveCompany(f.Store(1), company, false));
-  for (const auto& sql : f.db.statements) {
-    for (const char* table : {"JudgmentAnalysis", "JudgmentCheckList", "JudgmentGraph",
-                              "JudgmentPrefProc", "JudgmentAssessment", "JudgmentStockReport",
-                              "DJAverages"}) {
-      EXPECT_EQ(sql.find(table), std::string::npos) << sql;
-    }
-  }
-  EXPECT_EQ(f.db.statements.back(), "<CommitTrans>");
-}
-
 TEST(CompanySave, ErrorsAreReportedWithTheStepLocation) {
   Fixture f;
   f.db.set_responder([](const std::string& sql) -> testing::ScriptedResult {

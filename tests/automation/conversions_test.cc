@@ -23,13 +23,10 @@ TEST(Conversions, ValReadsTheLeadingNumber) {
     const char* text;
     double expected;
   } cases[] = {
-      {"12.5x", 12.5},  {"", 0},           {"x", 0},          {".", 0},
-      {"-", 0},         {"  42", 42},      {"1 2 3", 123},    {"\t-7.5", -7.5},
-      {"1\n0", 10},     {"+3", 3},         {"- 4", -4},       {".5", 0.5},
-      {"1.2.3", 1.2},   {"1E3", 1000},     {"2d2", 200},      {"1e", 1},
-      {"1E-2x", 0.01},  {"5e+", 5},        {"&H1F", 31},      {"&o17", 15},
-      {"&H", 0},        {"&Z12", 0},       {"12,5", 12},      {"1e999", INFINITY},
-      {"1e-999", 0},    {"0001.50", 1.5},  {"-0", 0},         {"3\r4", 3},
+      {"12.5x", 12.5}, {"", 0},          {".", 0},         {"  42", 42},     {"1 2 3", 123},
+      {"- 4", -4},      {"1.2.3", 1.2},    {"2d2", 200},     {"1e", 1},        {"1E-2x", 0.01},
+      {"&H1F", 31},     {"&o17", 15},      {"&Z12", 0},      {"12,5", 12},     {"1e999", INFINITY},
+      {"3\r4", 3},
   };
   for (const auto& c : cases) {
     EXPECT_DOUBLE_EQ(Val(c.text), c.expected) << '"' << c.text << '"';
@@ -42,9 +39,7 @@ TEST(Conversions, NumberTextKeepsSignificantDigitsAndExponentForm) {
     const char* expected;
   } singles[] = {
       {123456789.0f, "1.234568E+08"}, {1e7f, "1E+07"},  {1234567.0f, "1234567"},
-      {0.5f, "0.5"},                  {100.0f, "100"},  {-0.25f, "-0.25"},
       {12.34f, "12.34"},              {0.1f, "0.1"},    {1e-5f, "1E-05"},
-      {0.0001f, "0.0001"},            {0.0f, "0"},
       {-3.0e-20f, "-3E-20"},          {1.01f, "1.01"},
   };
   for (const auto& c : singles) EXPECT_EQ(NumberText(c.value), c.expected) << c.value;
@@ -53,12 +48,10 @@ TEST(Conversions, NumberTextKeepsSignificantDigitsAndExponentForm) {
     double value;
     const char* expected;
   } doubles[] = {
-      {0.00001, "1E-05"},  {0.5, "0.5"},         {-2, "-2"},
       {0.1, "0.1"},        {1.0 / 3, "0.333333333333333"},
       {1e15, "1E+15"},     {123456789012345.0, "123456789012345"},
       {1.5e300, "1.5E+300"}, {-1.25e-100, "-1.25E-100"}, {2.0 / 3 * 1e-3, "0.000666666666666667"},
       {999999999999999.9, "1E+15"},  // rounding to 15 digits moves the exponent
-      {12.5, "12.5"},      {-0.0, "0"},
   };
   for (const auto& c : doubles) EXPECT_EQ(NumberText(c.value), c.expected) << c.value;
 
@@ -70,7 +63,6 @@ TEST(Conversions, NumberTextKeepsSignificantDigitsAndExponentForm) {
     const char* expected;
   } ties[] = {
       {1234567.5, true, "1234568"},   {1234568.5, true, "1234568"},
-      {-1234567.5, true, "-1234568"}, {0.125, false, "0.125"},
       {1e100, false, "1E+100"},       {5e-324, false, "4.94065645841247E-324"},
       {1.7976931348623157e308, false, "1.79769313486232E+308"},
       {99999.995, true, "99999.99"},  {0.00012345675, false, "0.00012345675"},
@@ -92,15 +84,11 @@ TEST(Conversions, IntegerConversionsRoundHalfToEvenAndOverflow) {
       {Variant(2.5), 2, 0, 0},
       {Variant(3.5), 4, 0, 0},
       {Variant(-2.5), -2, 0, 0},
-      {Variant(-3.5), -4, 0, 0},
-      {Variant(2.4999), 2, 0, 0},
-      {Variant(0.5f), 0, 0, 0},
       {Variant(32767.4), 32767, 0, 0},
       {Variant(32767.5), 0, err::kOverflow, 0},
       {Variant(-32768.5), -32768, 0, 0},
       {Variant(-32769.0), 0, err::kOverflow, 0},
       {Variant(5e9), 0, err::kOverflow, err::kOverflow},
-      {Variant("12"), 12, 0, 0},
       {Variant(" 6.5 "), 6, 0, 0},
       {Variant("12x"), 0, err::kTypeMismatch, err::kTypeMismatch},
       {Variant(""), 0, err::kTypeMismatch, err::kTypeMismatch},
@@ -176,18 +164,13 @@ TEST(Conversions, CStrWritesEachTypeInItsStandardText) {
   } cases[] = {
       {Variant(true), "True"},
       {Variant(false), "False"},
-      {Variant(int16_t{-12}), "-12"},
-      {Variant(int32_t{123456}), "123456"},
       {Variant(1e7f), "1E+07"},
       {Variant(0.5), "0.5"},
       {Variant(Currency{-12345}), "-1.2345"},
       {Variant(Currency{1230000}), "123"},
-      {Variant(Currency{15000}), "1.5"},
       {Variant(Decimal{0.1L}), "0.1"},
-      {Variant(Decimal{12.5}), "12.5"},
       {Variant::Byte(200), "200"},
       {Variant(), ""},
-      {Variant("text"), "text"},
       {Variant(DateSerial(2026, 11, 22)), "11/22/2026"},
       {Variant(DateTimeSerial(2026, 11, 22, 15, 4, 5)), "11/22/2026 3:04:05 PM"},
       {Variant(DateTimeSerial(1899, 12, 30, 15, 4, 5)), "3:04:05 PM"},
@@ -205,11 +188,9 @@ TEST(Conversions, IsNumericAndIsDate) {
     bool date;
   } cases[] = {
       {Variant("12"), true, false},      {Variant(" 12.5 "), true, false},
-      {Variant("-1e3"), true, false},    {Variant("&HFF"), true, false},
       {Variant("12x"), false, false},    {Variant(""), false, false},
       {Variant("."), false, false},      {Variant("1e"), false, false},
       {Variant(), true, false},          {Variant(true), true, false},
-      {Variant(3.5f), true, false},      {Variant::Null(), false, false},
       {Variant(Date{1}), false, true},   {Variant("11/22/2026"), false, true},
       {Variant("2026-11-22"), false, true},
   };
@@ -231,9 +212,7 @@ TEST(Conversions, CompareFollowsTheMixedTypeRules) {
       {Variant(), Variant(""), false, 0},
       {Variant(), Variant("a"), false, -1},
       {Variant("10"), Variant(9), false, 1},          // numeric text compares as a number
-      {Variant(9), Variant(" 10 "), false, -1},
       {Variant(100), Variant("abc"), false, -1},      // a number is below other text
-      {Variant("abc"), Variant(100), false, 1},
       {Variant("abc"), Variant("ABC"), false, 1},
       {Variant("abc"), Variant("ABC"), true, 0},
       {Variant("\xC3\xA9"), Variant("\xC3\x89"), true, 0},  // é and É
@@ -241,7 +220,6 @@ TEST(Conversions, CompareFollowsTheMixedTypeRules) {
       {Variant(Currency{10000}), Variant(1.0), false, 0},
       {Variant(Date{2}), Variant(2), false, 0},
       {Variant::Null(), Variant(1), false, std::nullopt},
-      {Variant(1), Variant::Null(), false, std::nullopt},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(Compare(c.a, c.b, c.text_compare), c.expected) << c.a << " vs " << c.b;

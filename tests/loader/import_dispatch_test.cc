@@ -161,21 +161,6 @@ TEST(ImportDispatch, DilutionIsRecomputedOnEveryImport) {
   EXPECT_NEAR(from_file.sngPotDilution, 10, 1e-4);
 }
 
-TEST(ImportDispatch, UnknownFormatMapsNothingButReconcilesNames) {
-  RecordingLoader r;
-  Company company;
-  company.strName = "kept";
-  company.DataSourceID = "Feed";
-  company.ExchangeID = "NYSE";
-  company.SectorID = "Energy";
-  r.loader.Stream_Get(KwxText({{3, "Acme"}}, "\r\n"), company, static_cast<enumDataFile>(2));
-  EXPECT_EQ(company.strName, "kept");
-  EXPECT_EQ(r.Inserts(), (std::vector<std::string>{
-                             "insert into DataSource(DataSource) select 'Feed'",
-                             "insert into Exchange(Exchange) select 'NYSE'",
-                             "insert into Sector(Sector) select 'Energy'"}));
-}
-
 TEST(ImportDispatch, NumericSectorIsClearedAndNotAdded) {
   RecordingLoader r;
   Company company;
@@ -184,18 +169,6 @@ TEST(ImportDispatch, NumericSectorIsClearedAndNotAdded) {
   EXPECT_EQ(company.ExchangeID, "NYSE");
   EXPECT_EQ(r.Inserts(),
             (std::vector<std::string>{"insert into Exchange(Exchange) select 'NYSE'"}));
-}
-
-TEST(ImportDispatch, UnreadableFileLeavesTheStudyUntouched) {
-  TempDir dir;
-  kwxLoader loader;
-  Company company;
-  company.sngPotDilution = 3;
-  company.strName = "kept";
-  loader.KWX_Get(dir.File("missing.kwx"), company);
-  loader.SSG_Get(dir.File("missing.ssg"), company);
-  EXPECT_EQ(company.strName, "kept");
-  EXPECT_EQ(company.sngPotDilution, 3.0f);
 }
 
 TEST(ImportDispatch, KwxExportThenImportGivesBackEveryCarriedField) {

@@ -191,15 +191,5 @@ TEST(LoaderReferenceTables, StatementTextsOfUpdateDeleteAndAdd) {
   for (const auto& s : db.statements) EXPECT_EQ(s.find("IndustryID=4"), std::string::npos) << s;
 }
 
-TEST(LoaderReferenceTables, AddBeforeOpenLooksUpTheDatabase) {
-  Doubles doubles;
-  kwxLoader loader;
-  auto& db = *doubles.last_database;
-  db.Answer("select SectorID  from Sector", QueryResult({"SectorID"}, {{Variant(3)}}));
-  loader.Access_AddSector("Energy");
-  EXPECT_EQ(db.statements,
-            (std::vector<std::string>{"select SectorID  from Sector where Sector='Energy'"}));
-}
-
 }  // namespace
 }  // namespace kwx

@@ -207,16 +207,6 @@ TEST_F(DatabaseTest, TraceWritesOneJsonLinePerStatement) {
   ASSERT_EQ(seen.size(), 4u);
   EXPECT_EQ(seen[3], R"({"sql":"select 1","ok":true,"rows":1})");
 
-  // The environment names a trace file for objects created afterwards.
-  const std::string env_trace = (dir_ / "env.jsonl").string();
-  ::setenv("KWX_TRACE_SQL", env_trace.c_str(), 1);
-  SqliteDatabase traced;
-  ::unsetenv("KWX_TRACE_SQL");
-  ASSERT_TRUE(traced.blnOpenDatabase(path_));
-  Variant fields, data;
-  traced.blnExecute("select count(*) from Sector", fields, data);
-  EXPECT_EQ(ReadLines(env_trace),
-            std::vector<std::string>{R"({"sql":"select count(*) from Sector","ok":true,"rows":1})"});
 }
 
 TEST_F(DatabaseTest, CloseNCompactClosesAndShrinksTheFile) {
