@@ -216,14 +216,6 @@ TEST(ErrorReport, BuiltFromCaughtExceptions) {
     EXPECT_EQ(r.location, "Access_Update");
     EXPECT_EQ(r.parameter, "lngCompanyID: 1");
   }
-  ErrorCollector sink;
-  try {
-    throw AutomationError(err::kTypeMismatch);
-  } catch (...) {
-    sink.Report(ReportFromException(std::current_exception(), "m_ParseCompany"));
-  }
-  ASSERT_EQ(sink.reports().size(), 1u);
-  EXPECT_EQ(sink.reports()[0].Text(), "Code: 13\rError: Type mismatch\rLocation: m_ParseCompany\r");
 }
 
 }  // namespace

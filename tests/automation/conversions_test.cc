@@ -7,11 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_util.h"
-
 #include "automation/dates.h"
 #include "automation/errors.h"
 #include "automation/safe_array.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {

@@ -7,9 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_util.h"
-
 #include "automation/errors.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {

@@ -4,11 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_util.h"
-
 #include "automation/conversions.h"
 #include "automation/dates.h"
 #include "automation/errors.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {

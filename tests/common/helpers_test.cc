@@ -55,18 +55,10 @@ TEST(SafeDivide, SubstitutesAndQuotients) {
 
 TEST(SafeDivide, RaisesForTextAndForARoundedZeroDivisor) {
   const Variant zero(int16_t{0});
-  try {
-    SafeDivide(Variant("abc"), Variant(int16_t{2}), true, zero, false, zero);
-    FAIL() << "no error";
-  } catch (const AutomationError& e) {
-    EXPECT_EQ(e.number(), err::kTypeMismatch);
-  }
-  try {
-    SafeDivide(Variant(int16_t{1}), Variant(0.4), false, zero, false, zero);
-    FAIL() << "no error";
-  } catch (const AutomationError& e) {
-    EXPECT_EQ(e.number(), err::kDivisionByZero);
-  }
+  EXPECT_EQ(testing::ErrorOf([&] { SafeDivide(Variant("abc"), Variant(int16_t{2}), true, zero, false, zero); }),
+            err::kTypeMismatch);
+  EXPECT_EQ(testing::ErrorOf([&] { SafeDivide(Variant(int16_t{1}), Variant(0.4), false, zero, false, zero); }),
+            err::kDivisionByZero);
 }
 
 TEST(IsValidDate, BoundsAreExclusiveAndTheUpperOneIsDecemberFirst) {

@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_util.h"
-
 #include <functional>
 #include <memory>
 
 #include "automation/safe_array.h"
 #include "model/schema.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {

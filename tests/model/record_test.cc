@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_util.h"
-
 #include <string>
 
 #include "automation/safe_array.h"
@@ -12,6 +10,7 @@
 #include "model/market_averages.h"
 #include "model/options_group.h"
 #include "model/series_rows.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {

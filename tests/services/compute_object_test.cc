@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/test_util.h"
-
 #include <array>
 #include <cmath>
 #include <functional>
@@ -14,6 +12,7 @@
 #include "automation/registry.h"
 #include "automation/safe_array.h"
 #include "services/builtin_services.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {

@@ -1,8 +1,6 @@
 #include "services/data_file.h"
 
 #include <gtest/gtest.h>
-
-#include "tests/support/test_util.h"
 #include <unistd.h>
 
 #include <filesystem>
@@ -11,6 +9,7 @@
 
 #include "automation/safe_array.h"
 #include "automation/services.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
