@@ -13,8 +13,8 @@
 #include "access/error_report.h"
 #include "access/sql_text.h"
 #include "automation/dates.h"
-#include "automation/safe_array.h"
 #include "tests/support/recording_database.h"
+#include "tests/support/test_util.h"
 
 namespace kwx {
 namespace {
@@ -24,7 +24,7 @@ using testing::RecordingDatabase;
 
 const std::string kApostrophe = "\xC3\xBF";  // how a stored text holds an apostrophe
 
-Variant Values(std::vector<Variant> v) { return Variant(SafeArray::FromValues(std::move(v))); }
+using testing::Array;
 
 TEST(StoreText, LoadFindsColumnsByNameAsFieldValueDoes) {
   // Column names in any case, a name given twice (the first wins), columns the record does not
@@ -53,7 +53,7 @@ TEST(StoreText, LoadFindsColumnsByNameAsFieldValueDoes) {
 }
 
 TEST(StoreText, AppendedValuesMatchTheWriters) {
-  Variant flags = Values({Variant(true), Variant(false), Variant(true)});
+  Variant flags = Array({Variant(true), Variant(false), Variant(true)});
   const struct {
     Variant value;
     ColumnType type;
