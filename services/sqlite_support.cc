@@ -4,6 +4,8 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "automation/dates.h"
 #include "automation/errors.h"
@@ -14,37 +16,30 @@ namespace kwx {
 namespace sqlite_support {
 namespace {
 
-std::string ColumnText(sqlite3_stmt* stmt, int column) {
-  const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(stmt, column));
-  if (bytes == nullptr) return std::string();
-  return std::string(bytes, static_cast<size_t>(sqlite3_column_bytes(stmt, column)));
+// The value's text as SQLite holds it, valid until the next step or read of the column.
+std::string_view ValueView(sqlite3_value* value) {
+  const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  if (bytes == nullptr) return {};
+  return std::string_view(bytes, static_cast<size_t>(sqlite3_value_bytes(value)));
 }
 
-Variant WholeNumber(int64_t v) {
+void AppendText(std::vector<Variant>& out, sqlite3_value* value) {
+  out.emplace_back(std::string(ValueView(value)));
+}
+
+void AppendWhole(std::vector<Variant>& out, int64_t v) {
   if (v >= std::numeric_limits<int32_t>::min() && v <= std::numeric_limits<int32_t>::max()) {
-    return Variant(static_cast<int32_t>(v));
+    out.emplace_back(static_cast<int32_t>(v));
+  } else {
+    out.emplace_back(static_cast<double>(v));
   }
-  return Variant(static_cast<double>(v));
 }
 
-Variant ShortNumber(int64_t v) {
+void AppendShort(std::vector<Variant>& out, int64_t v) {
   if (v >= std::numeric_limits<int16_t>::min() && v <= std::numeric_limits<int16_t>::max()) {
-    return Variant(static_cast<int16_t>(v));
-  }
-  return WholeNumber(v);
-}
-
-// The value as its storage class holds it: what an expression without a declared type gives.
-Variant ByStorage(sqlite3_stmt* stmt, int column) {
-  switch (sqlite3_column_type(stmt, column)) {
-    case SQLITE_NULL:
-      return Variant::Null();
-    case SQLITE_INTEGER:
-      return WholeNumber(sqlite3_column_int64(stmt, column));
-    case SQLITE_FLOAT:
-      return Variant(sqlite3_column_double(stmt, column));
-    default:
-      return Variant(ColumnText(stmt, column));
+    out.emplace_back(static_cast<int16_t>(v));
+  } else {
+    AppendWhole(out, v);
   }
 }
 
@@ -110,43 +105,91 @@ DeclaredKind KindOfDeclaredType(const char* decltype_name) {
   return DeclaredKind::None;
 }
 
-Variant ColumnValue(sqlite3_stmt* stmt, int column, DeclaredKind kind) {
-  const int storage = sqlite3_column_type(stmt, column);
-  if (storage == SQLITE_NULL) return Variant::Null();
+void AppendColumnValue(std::vector<Variant>& out, sqlite3_stmt* stmt, int column,
+                       DeclaredKind kind) {
+  // Each value is constructed in its place in `out`: a load reads tens of thousands of values,
+  // and a temporary Variant per value (moved, then destroyed) costs as much as the read.
+  // The column is fetched once as a value and read through it: every sqlite3_column_* call
+  // looks the column up and checks for errors again. Reading a column's value object this
+  // way is safe on a connection one thread uses at a time, as the database object's is.
+  sqlite3_value* value = sqlite3_column_value(stmt, column);
+  const int storage = sqlite3_value_type(value);
+  if (storage == SQLITE_NULL) {
+    out.push_back(Variant::Null());
+    return;
+  }
   const bool number = storage == SQLITE_INTEGER || storage == SQLITE_FLOAT;
   switch (kind) {
     case DeclaredKind::Text:
-      return Variant(ColumnText(stmt, column));
+      AppendText(out, value);
+      return;
     case DeclaredKind::Date:
-      if (number) return Variant(Date{sqlite3_column_double(stmt, column)});
-      if (std::optional<Date> d = ParseDate(ColumnText(stmt, column))) return Variant(*d);
-      return Variant(ColumnText(stmt, column));
-    case DeclaredKind::Boolean:
-      if (number) return Variant(sqlite3_column_double(stmt, column) != 0.0);
-      {
-        std::string text = ColumnText(stmt, column);
-        if (EqualsNoCase(Trim(text), "true")) return Variant(true);
-        if (EqualsNoCase(Trim(text), "false")) return Variant(false);
-        return Variant(std::move(text));
+      if (number) {
+        out.emplace_back(Date{sqlite3_value_double(value)});
+      } else if (std::optional<Date> d = ParseDate(ValueView(value))) {
+        out.emplace_back(*d);
+      } else {
+        AppendText(out, value);
       }
+      return;
+    case DeclaredKind::Boolean:
+      if (number) {
+        out.emplace_back(sqlite3_value_double(value) != 0.0);
+      } else {
+        const std::string_view text = ValueView(value);
+        if (EqualsNoCase(Trim(text), "true")) {
+          out.emplace_back(true);
+        } else if (EqualsNoCase(Trim(text), "false")) {
+          out.emplace_back(false);
+        } else {
+          out.emplace_back(std::string(text));
+        }
+      }
+      return;
     case DeclaredKind::Single:
-      if (number) return Variant(static_cast<float>(sqlite3_column_double(stmt, column)));
-      return Variant(ColumnText(stmt, column));
+      if (number) {
+        out.emplace_back(static_cast<float>(sqlite3_value_double(value)));
+      } else {
+        AppendText(out, value);
+      }
+      return;
     case DeclaredKind::Double:
-      if (number) return Variant(sqlite3_column_double(stmt, column));
-      return Variant(ColumnText(stmt, column));
+      if (number) {
+        out.emplace_back(sqlite3_value_double(value));
+      } else {
+        AppendText(out, value);
+      }
+      return;
     case DeclaredKind::Integer:
-      if (storage == SQLITE_INTEGER) return ShortNumber(sqlite3_column_int64(stmt, column));
-      if (number) return Variant(sqlite3_column_double(stmt, column));
-      return Variant(ColumnText(stmt, column));
     case DeclaredKind::Long:
-      if (storage == SQLITE_INTEGER) return WholeNumber(sqlite3_column_int64(stmt, column));
-      if (number) return Variant(sqlite3_column_double(stmt, column));
-      return Variant(ColumnText(stmt, column));
+      if (storage == SQLITE_INTEGER) {
+        const int64_t v = sqlite3_value_int64(value);
+        if (kind == DeclaredKind::Integer) {
+          AppendShort(out, v);
+        } else {
+          AppendWhole(out, v);
+        }
+      } else if (number) {
+        out.emplace_back(sqlite3_value_double(value));
+      } else {
+        AppendText(out, value);
+      }
+      return;
     case DeclaredKind::None:
       break;
   }
-  return ByStorage(stmt, column);
+  // Without a declared type the value is taken as its storage class holds it.
+  switch (storage) {
+    case SQLITE_INTEGER:
+      AppendWhole(out, sqlite3_value_int64(value));
+      return;
+    case SQLITE_FLOAT:
+      out.emplace_back(sqlite3_value_double(value));
+      return;
+    default:
+      AppendText(out, value);
+      return;
+  }
 }
 
 bool RegisterJetFunctions(sqlite3* db) {

@@ -24,9 +24,10 @@ enum class DeclaredKind : uint8_t { None, Text, Single, Double, Integer, Long, B
 // The kind of a declared type name, case-insensitively; None for a null or unknown name.
 DeclaredKind KindOfDeclaredType(const char* decltype_name);
 
-// The value of `column` in the current row of `stmt`, typed by `kind` (see SqliteDatabase for
-// the rules). Never raises.
-Variant ColumnValue(sqlite3_stmt* stmt, int column, DeclaredKind kind);
+// Appends to `out` the value of `column` in the current row of `stmt`, typed by `kind` (see
+// SqliteDatabase for the rules). Raises only what growing `out` raises (std::bad_alloc).
+void AppendColumnValue(std::vector<Variant>& out, sqlite3_stmt* stmt, int column,
+                       DeclaredKind kind);
 
 // Registers datediff(interval, date1, date2) on `db`: the count of interval boundaries from
 // date1 to date2 (kwx::DateDiff). A date is a serial number or a text that ParseDate reads;
@@ -53,6 +54,9 @@ class StatementCache {
     std::vector<DeclaredKind> kinds;
     bool described = false;
     int recompiles = 0;
+    // Values the last run answered: the next run of the same shape usually answers as many,
+    // so its buffer is sized once instead of growing (and moving every value) as rows come.
+    size_t last_values = 0;
   };
 
   // REQUIRES: capacity >= 1.
