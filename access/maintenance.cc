@@ -20,19 +20,8 @@ constexpr std::string_view kTrailingAnd = " and ";
 // latest monthly data, month 71 the oldest one kept.
 constexpr int kMonthlyWindow = 72;
 
-bool IsKeyNumber(VarType t) {
-  switch (t) {
-    case VarType::Integer:
-    case VarType::Long:
-    case VarType::Single:
-    case VarType::Double:
-    case VarType::Currency:
-    case VarType::Decimal:
-      return true;
-    default:
-      return false;
-  }
-}
+// The number types a key condition takes: every number type but Byte.
+bool IsKeyNumber(const Variant& v) { return v.IsNumberType() && v.type() != VarType::Byte; }
 
 // The price update's columns in the select; the positions are read by index.
 enum PriceColumn : int32_t {
@@ -45,7 +34,7 @@ enum PriceColumn : int32_t {
 }  // namespace
 
 std::string KeyCondition(std::string_view field, const Variant& value) {
-  if (IsKeyNumber(value.type())) {
+  if (IsKeyNumber(value)) {
     return std::string(field) + "=" + NumberText(CDbl(value));
   }
   if (value.type() == VarType::String) return std::string(field) + "=" + SqlText(value);
@@ -68,7 +57,7 @@ void mdlAccess_Delete(const StoreContext& store, std::string_view strTable,
         looped = true;
       }
       if (looped) condition.resize(condition.size() - kTrailingAnd.size());
-    } else if (IsKeyNumber(vntValues.type()) || vntValues.type() == VarType::String) {
+    } else if (IsKeyNumber(vntValues) || vntValues.type() == VarType::String) {
       condition = KeyCondition(CStr(vntFields), vntValues);
     }
     const std::array<std::string, 1> conditions{condition};
