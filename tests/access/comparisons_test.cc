@@ -114,12 +114,8 @@ class ComparisonDatabaseTest : public DatabaseTest {
     return CLng(Scalar("select max(CompanyID) from Company"));
   }
   std::string Members(const std::string& table, const std::string& key, int32_t id) {
-    Variant data = Query("select CompanyID from " + table + " where " + key + " = " +
-                         std::to_string(id) + " order by " + table + "ID");
-    std::string out;
-    if (!data.IsArray()) return out;
-    for (int32_t i = 0; i <= data.AsArray().UBound(1); ++i) out += CStr(data.AsArray()(i, 0)) + ";";
-    return out;
+    return Column("select CompanyID from " + table + " where " + key + " = " +
+                  std::to_string(id) + " order by " + table + "ID");
   }
 
   ReferenceCaches caches_;

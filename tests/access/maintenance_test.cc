@@ -179,12 +179,8 @@ class MaintenanceDatabaseTest : public DatabaseTest {
   }
   // The months whose closing price is no longer 1.
   std::string ChangedMonths(int32_t id) {
-    Variant data = Query("select Month from Monthly where ClosingPrice <> 1 and CompanyID = " +
-                         std::to_string(id) + " order by Month");
-    std::string out;
-    if (!data.IsArray()) return out;
-    for (int32_t i = 0; i <= data.AsArray().UBound(1); ++i) out += CStr(data.AsArray()(i, 0)) + ";";
-    return out;
+    return Column("select Month from Monthly where ClosingPrice <> 1 and CompanyID = " +
+                  std::to_string(id) + " order by Month");
   }
 
   ReferenceCaches caches_;

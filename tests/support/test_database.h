@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "automation/conversions.h"
 #include "automation/variant.h"
 #include "services/create_database.h"
 #include "services/sqlite_database.h"
@@ -45,6 +46,15 @@ class DatabaseTest : public ::testing::Test {
     Variant data = Query(sql);
     if (!data.IsArray()) return Variant();
     return data.AsArray()(0, 0);
+  }
+
+  // The first column of a query's rows as one text, each value followed by ";".
+  std::string Column(const std::string& sql) {
+    Variant data = Query(sql);
+    std::string out;
+    if (!data.IsArray()) return out;
+    for (int32_t i = 0; i <= data.AsArray().UBound(1); ++i) out += CStr(data.AsArray()(i, 0)) + ";";
+    return out;
   }
 
   std::unique_ptr<testing::TempDir> tmp_;
