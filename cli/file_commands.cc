@@ -82,12 +82,13 @@ void KeepIndustry(kwxLoader& loader, const Company& company) {
 int32_t ImportOne(Context& ctx, kwxLoader& loader, const std::string& file,
                   const ImportArgs& args) {
   Company company;
-  if (!ReadStudy(ctx, loader, file, FormatOf(file, args.format), company)) {
+  const enumDataFile format = FormatOf(file, args.format);
+  if (!ReadStudy(ctx, loader, file, format, company)) {
     *ctx.err << "kwx: nothing imported from '" << file << "'\n";
     return 0;
   }
   if (args.defaults) loader.ComputeDefaults(company);
-  KeepIndustry(loader, company);
+  if (format == idKWX) KeepIndustry(loader, company);  // the SSG import stored it already
   loader.Access_Update(company);
   PrintErrorReports(loader, *ctx.err);
   if (company.CompanyID < 1) {
