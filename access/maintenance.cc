@@ -35,7 +35,7 @@ enum PriceColumn : int32_t {
 
 std::string KeyCondition(std::string_view field, const Variant& value) {
   if (IsKeyNumber(value)) {
-    return std::string(field) + "=" + NumberText(CDbl(value));
+    return std::string(field) + "=" + SqlDouble(value);
   }
   if (value.type() == VarType::String) return std::string(field) + "=" + SqlText(value);
   return {};
