@@ -59,74 +59,92 @@ std::string JudgmentQuerySql(bool sp, int32_t id) {
   return "SELECT *" + from + where;
 }
 
-// The positions of a row set's columns by name, found once per row set rather than by a scan
-// of the names for every property: a load reads about a hundred columns by name per row set.
-// Names compare case-insensitively and the first of equal names wins, as with FieldValue.
-class ColumnIndex {
- public:
-  explicit ColumnIndex(const RowSet& rows) : data_(rows.data.AsArray()) {
-    if (!rows.fields.IsArray()) return;
-    const SafeArray& names = rows.fields.AsArray();
-    size_t capacity = 16;
-    while (capacity < 2 * static_cast<size_t>(names.Count())) capacity *= 2;
-    slots_.resize(capacity);
-    for (int32_t i = names.LBound(); i <= names.UBound(); ++i) {
-      const Variant& field = names(i);
-      if (field.type() != VarType::String) continue;
-      const std::string_view name = field.AsString();
-      Slot& slot = Probe(name, HashNoCase(name));
-      if (slot.column < 0) slot = {HashNoCase(name), i, name};
-    }
-  }
+// The column of a row set that each binding of `Rec` reads: its offset within a row of the
+// data, -1 when no column has its name, or kNotUsed when the platform does not use it. Names
+// compare case-insensitively and the first of equal names wins, as with FieldValue.
+constexpr int32_t kNotUsed = -2;
 
-  // The stored value of column `name` in row `row`, or Empty when no column has that name.
-  // `hash` is HashNoCase(name).
-  const Variant& Value(std::string_view name, uint64_t hash, int32_t row) const {
-    static const Variant kMissing;
-    if (slots_.empty()) return kMissing;
-    const Slot& slot = Probe(name, hash);
-    return slot.column < 0 ? kMissing : data_(row, slot.column);
-  }
-  const Variant& Value(std::string_view name, int32_t row) const {
-    return Value(name, HashNoCase(name), row);
-  }
-
- private:
+template <class Rec>
+std::vector<int32_t> FindColumns(const SafeArray& names, int32_t data_lower, int32_t data_count,
+                                 bool sp) {
+  // The names go into an open-addressed table once (never more than half full, so a probe
+  // always ends); each binding then looks its name up there.
   struct Slot {
     uint64_t hash = 0;
     int32_t column = -1;
     std::string_view name;
   };
-
-  // The slot holding `name`, or the empty slot where it would go. The table is never more
-  // than half full, so a probe always ends.
-  Slot& Probe(std::string_view name, uint64_t hash) {
-    const size_t mask = slots_.size() - 1;
+  size_t capacity = 16;
+  while (capacity < 2 * static_cast<size_t>(names.Count())) capacity *= 2;
+  std::vector<Slot> slots(capacity);
+  const size_t mask = capacity - 1;
+  auto probe = [&](std::string_view name, uint64_t hash) -> Slot& {
     for (size_t i = hash & mask;; i = (i + 1) & mask) {
-      Slot& slot = slots_[i];
-      if (slot.column < 0) return slot;
-      if (slot.hash == hash && EqualsNoCase(slot.name, name)) return slot;
+      Slot& slot = slots[i];
+      if (slot.column < 0 || (slot.hash == hash && EqualsNoCase(slot.name, name))) return slot;
     }
+  };
+  for (int32_t i = names.LBound(); i <= names.UBound(); ++i) {
+    const std::string* name = names(i).Peek<std::string>();
+    const int32_t offset = i - data_lower;
+    if (name == nullptr || offset < 0 || offset >= data_count) continue;
+    const uint64_t hash = HashNoCase(*name);
+    Slot& slot = probe(*name, hash);
+    if (slot.column < 0) slot = {hash, offset, *name};
   }
-  const Slot& Probe(std::string_view name, uint64_t hash) const {
-    return const_cast<ColumnIndex*>(this)->Probe(name, hash);
+  std::vector<int32_t> columns;
+  columns.reserve(Rec::Bindings().size());
+  for (const auto& binding : Rec::Bindings()) {
+    const std::string_view name = binding.column.name;
+    columns.push_back(UsedOn(binding.column.platform, sp) ? probe(name, HashNoCase(name)).column
+                                                          : kNotUsed);
   }
-
-  const SafeArray& data_;
-  std::vector<Slot> slots_;
-};
-
-// HashNoCase of each column name of `Rec`, in binding order: the names are fixed, so they are
-// hashed once rather than for every row read.
-template <class Rec>
-const std::vector<uint64_t>& BindingHashes() {
-  static const std::vector<uint64_t> hashes = [] {
-    std::vector<uint64_t> out;
-    for (const auto& binding : Rec::Bindings()) out.push_back(HashNoCase(binding.column.name));
-    return out;
-  }();
-  return hashes;
+  return columns;
 }
+
+// A row set read through the bindings of `Rec`. Every run of a statement answers the same
+// names array, shared, so the columns found for the last names array are kept (with a share
+// of the array, which keeps it alive and unchanged) and found again only for another.
+template <class Rec>
+class RowReader {
+ public:
+  RowReader(const RowSet& rows, bool sp) : data_(rows.data.AsArray()) {
+    if (data_.dims() != 2) throw AutomationError(err::kSubscript);
+    width_ = static_cast<size_t>(data_.Count(2));
+    struct Found {
+      Variant names;
+      bool sp = false;
+      std::vector<int32_t> columns;
+    };
+    thread_local Found last;
+    if (!last.names.SharesArrayWith(rows.fields) || last.sp != sp) {
+      last.columns =
+          FindColumns<Rec>(rows.fields.AsArray(), data_.LBound(2), data_.Count(2), sp);
+      last.names = rows.fields;
+      last.sp = sp;
+    }
+    columns_ = &last.columns;
+  }
+
+  int32_t rows() const { return data_.Count(1); }
+  // False when the platform does not use binding `k`.
+  bool Reads(size_t k) const { return (*columns_)[k] != kNotUsed; }
+
+  // The stored value binding `k` reads in row `row` (0 for the first), Empty when it reads
+  // none. REQUIRES: row < rows().
+  const Variant& Value(size_t k, int32_t row) const {
+    static const Variant kMissing;
+    const int32_t column = (*columns_)[k];
+    return column < 0 ? kMissing
+                      : data_.elements()[static_cast<size_t>(row) * width_ +
+                                         static_cast<size_t>(column)];
+  }
+
+ private:
+  const SafeArray& data_;
+  size_t width_ = 0;
+  const std::vector<int32_t>* columns_ = nullptr;
+};
 
 // Sets a text field from its stored value, the apostrophe substitution undone.
 template <class Rec>
@@ -140,15 +158,16 @@ void SetText(Rec& rec, const FieldBinding<Rec>& binding, const Variant& stored) 
   }
 }
 
-// Sets every column of `rec` the platform uses from row `row`, each read by its own name.
+// Sets every column of `rec` the platform uses from row `row` (0 for the first).
 template <class Rec>
-void MapRow(Rec& rec, const ColumnIndex& columns, int32_t row, bool sp) {
-  const std::vector<uint64_t>& hashes = BindingHashes<Rec>();
+void MapRow(Rec& rec, const RowReader<Rec>& reader, int32_t row) {
   size_t k = 0;
   for (const auto& binding : Rec::Bindings()) {
-    const uint64_t hash = hashes[k++];
-    if (!UsedOn(binding.column.platform, sp)) continue;
-    const Variant& stored = columns.Value(binding.column.name, hash, row);
+    if (!reader.Reads(k)) {
+      ++k;
+      continue;
+    }
+    const Variant& stored = reader.Value(k++, row);
     switch (binding.column.type) {
       case ColumnType::Text:
       case ColumnType::Reference:
@@ -172,14 +191,16 @@ void MapRow(Rec& rec, const ColumnIndex& columns, int32_t row, bool sp) {
 
 void ParseCompany(const StoreContext& store, const RowSet& rows, Company& company) {
   try {
-    const ColumnIndex columns(rows);
-    const Variant& id = columns.Value(Company::Table().key, 0);
+    const Variant id = FieldValue(Company::Table().key, rows.fields, rows.data, 0);
     if (!id.IsNull()) company.CompanyID = CLng(id);
-    MapRow(company, columns, 0, store.sp());
+    const RowReader<Company> reader(rows, store.sp());
+    MapRow(company, reader, 0);
 
     const int16_t year_after_fy =
         static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
-    const Variant& pmg_fy = columns.Value("intLatestPMGFY", 0);
+    static const size_t kPmgFy = static_cast<size_t>(
+        FindField(Company::Bindings(), "intLatestPMGFY") - Company::Bindings().data());
+    const Variant& pmg_fy = reader.Value(kPmgFy, 0);
     company.intLatestPMGFY =
         IsNumeric(pmg_fy) ? std::min(CInt(pmg_fy), year_after_fy) : year_after_fy;
 
@@ -194,7 +215,7 @@ void ParseCompany(const StoreContext& store, const RowSet& rows, Company& compan
 
 void ParseOptions(const StoreContext& store, const RowSet& rows, Company& company) {
   try {
-    MapRow(company.Options, ColumnIndex(rows), 0, store.sp());
+    MapRow(company.Options, RowReader<OptionsGroup>(rows, store.sp()), 0);
   } catch (...) {
     store.ReportCurrent("m_ParseOptions");
   }
@@ -249,9 +270,10 @@ void QueryJudgment(const StoreContext& store, Company& company) {
     }
     try {
       // A column name shared by two joined tables reads from the first; only CompanyID is.
-      const ColumnIndex columns(rows);
-      ForEachJudgmentGroup(company, store.sp(),
-                           [&](auto& group) { MapRow(group, columns, 0, store.sp()); });
+      ForEachJudgmentGroup(company, store.sp(), [&](auto& group) {
+        using Group = std::remove_cvref_t<decltype(group)>;
+        MapRow(group, RowReader<Group>(rows, store.sp()), 0);
+      });
     } catch (...) {
       store.ReportCurrent("m_ParseJudgment");
     }
@@ -272,11 +294,10 @@ void QuerySeries(const StoreContext& store, int32_t id, std::vector<Row>& series
     RowSet rows;
     if (!QueryRows(store.database(), sql, rows)) return;
     try {
-      const int32_t first = rows.data.AsArray().LBound(1);
-      const ColumnIndex columns(rows);
-      std::vector<Row> loaded(static_cast<size_t>(rows.Count()));
+      const RowReader<Row> reader(rows, store.sp());
+      std::vector<Row> loaded(static_cast<size_t>(reader.rows()));
       for (size_t i = 0; i < loaded.size(); ++i) {
-        MapRow(loaded[i], columns, first + static_cast<int32_t>(i), store.sp());
+        MapRow(loaded[i], reader, static_cast<int32_t>(i));
       }
       series = std::move(loaded);
     } catch (...) {

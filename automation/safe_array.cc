@@ -42,6 +42,19 @@ SafeArray SafeArray::FromValues(std::vector<Variant> values) {
   return a;
 }
 
+SafeArray SafeArray::FromRows(int32_t rows, int32_t columns, std::vector<Variant> values) {
+  if (rows < 0 || columns < 0 ||
+      values.size() != static_cast<size_t>(rows) * static_cast<size_t>(columns)) {
+    throw AutomationError(err::kSubscript);
+  }
+  SafeArray a;
+  a.dims_ = 2;
+  a.count_[0] = rows;
+  a.count_[1] = columns;
+  a.elements_ = std::move(values);
+  return a;
+}
+
 int32_t SafeArray::LBound(int dim) const {
   if (dim < 1 || dim > dims_) throw AutomationError(err::kSubscript);
   return lower_[dim - 1];

@@ -20,6 +20,9 @@ class SafeArray {
   static SafeArray Matrix(int32_t lower1, int32_t upper1, int32_t lower2, int32_t upper2);
   // A zero-based one-dimensional array holding `values` in order.
   static SafeArray FromValues(std::vector<Variant> values);
+  // A zero-based two-dimensional array of `rows` by `columns` taking `values` row by row.
+  // Raises err::kSubscript unless values.size() == rows * columns.
+  static SafeArray FromRows(int32_t rows, int32_t columns, std::vector<Variant> values);
 
   int dims() const noexcept { return dims_; }
   // Bounds of dimension `dim` (1 or 2); raises err::kSubscript for a dimension it lacks.

@@ -8,20 +8,7 @@
 
 namespace kwx {
 
-Variant::Variant() noexcept = default;
-Variant::Variant(int16_t v) noexcept : value_(v) {}
-Variant::Variant(int32_t v) noexcept : value_(v) {}
-Variant::Variant(float v) noexcept : value_(v) {}
-Variant::Variant(double v) noexcept : value_(v) {}
-Variant::Variant(bool v) noexcept : value_(v) {}
-Variant::Variant(Date v) noexcept : value_(v) {}
-Variant::Variant(Currency v) noexcept : value_(v) {}
-Variant::Variant(Decimal v) noexcept : value_(v) {}
-Variant::Variant(std::string v) noexcept : value_(std::move(v)) {}
-Variant::Variant(std::string_view v) : value_(std::string(v)) {}
-Variant::Variant(const char* v) : value_(std::string(v ? v : "")) {}
-Variant::Variant(ObjectRef v) noexcept : value_(std::move(v)) {}
-Variant::Variant(SafeArray v) : value_(ArrayBox{std::make_unique<SafeArray>(std::move(v))}) {}
+Variant::Variant(SafeArray v) : value_(ArrayBox{std::make_shared<SafeArray>(std::move(v))}) {}
 
 Variant Variant::Null() noexcept {
   Variant v;
@@ -33,55 +20,6 @@ Variant Variant::Byte(uint8_t b) noexcept {
   Variant v;
   v.value_ = ByteBox{b};
   return v;
-}
-
-Variant::Variant(const Variant& other) {
-  if (auto* box = std::get_if<ArrayBox>(&other.value_)) {
-    value_ = ArrayBox{std::make_unique<SafeArray>(*box->array)};
-  } else {
-    value_ = std::visit(
-        [](const auto& x) -> Storage {
-          using T = std::decay_t<decltype(x)>;
-          if constexpr (std::is_same_v<T, ArrayBox>) {
-            return std::monostate{};  // handled above
-          } else {
-            return x;
-          }
-        },
-        other.value_);
-  }
-}
-
-Variant::Variant(Variant&& other) noexcept : value_(std::move(other.value_)) {
-  other.value_ = std::monostate{};
-}
-
-Variant& Variant::operator=(const Variant& other) {
-  if (this != &other) {
-    Variant copy(other);
-    value_ = std::move(copy.value_);
-  }
-  return *this;
-}
-
-Variant& Variant::operator=(Variant&& other) noexcept {
-  if (this != &other) {
-    value_ = std::move(other.value_);
-    other.value_ = std::monostate{};
-  }
-  return *this;
-}
-
-Variant::~Variant() = default;
-
-VarType Variant::type() const noexcept {
-  // Follows the order of the alternatives in Storage.
-  static constexpr VarType kTypes[] = {
-      VarType::Empty,  VarType::Null,   VarType::Integer, VarType::Long,    VarType::Single,
-      VarType::Double, VarType::Currency, VarType::Date,  VarType::String,  VarType::Object,
-      VarType::Boolean, VarType::Decimal, VarType::Byte,  VarType::Array};
-  static_assert(std::size(kTypes) == std::variant_size_v<Storage>);
-  return kTypes[value_.index()];
 }
 
 bool Variant::IsNumberType() const noexcept {
@@ -119,7 +57,12 @@ uint8_t Variant::AsByte() const { return Get<ByteBox>(value_).value; }
 const std::string& Variant::AsString() const { return Get<std::string>(value_); }
 const ObjectRef& Variant::AsObject() const { return Get<ObjectRef>(value_); }
 const SafeArray& Variant::AsArray() const { return *Get<ArrayBox>(value_).array; }
-SafeArray& Variant::AsArray() { return *const_cast<ArrayBox&>(Get<ArrayBox>(value_)).array; }
+SafeArray& Variant::AsArray() {
+  auto* box = std::get_if<ArrayBox>(&value_);
+  if (box == nullptr) throw AutomationError(err::kTypeMismatch);
+  if (box->array.use_count() > 1) box->array = std::make_shared<SafeArray>(*box->array);
+  return *box->array;
+}
 
 bool Variant::SameAs(const Variant& other) const {
   if (value_.index() != other.value_.index()) return false;

@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include "automation/object.h"
@@ -36,34 +38,45 @@ enum class VarType : uint16_t {
   Array = 0x2000,  // an array of Variants, one or two dimensions
 };
 
-// A value of any VarType. Copies are deep (an array is copied with its elements), as values
-// are in the object model; objects are shared references. Moving is cheap.
+// A value of any VarType. Copies behave as deep copies, as values do in the object model:
+// an array's elements are shared by the copies until one of them is changed through the
+// non-const AsArray(), which then takes its own copy first. Objects are shared references.
+// Moving is cheap.
 class Variant {
  public:
-  Variant() noexcept;  // Empty
-  Variant(int16_t v) noexcept;
-  Variant(int32_t v) noexcept;
-  Variant(float v) noexcept;
-  Variant(double v) noexcept;
-  Variant(bool v) noexcept;
-  Variant(Date v) noexcept;
-  Variant(Currency v) noexcept;
-  Variant(Decimal v) noexcept;
-  Variant(std::string v) noexcept;
-  Variant(std::string_view v);
-  Variant(const char* v);
-  Variant(ObjectRef v) noexcept;  // a null reference makes an Object variant set to Nothing
+  Variant() noexcept = default;  // Empty
+  Variant(int16_t v) noexcept : value_(v) {}
+  Variant(int32_t v) noexcept : value_(v) {}
+  Variant(float v) noexcept : value_(v) {}
+  Variant(double v) noexcept : value_(v) {}
+  Variant(bool v) noexcept : value_(v) {}
+  Variant(Date v) noexcept : value_(v) {}
+  Variant(Currency v) noexcept : value_(v) {}
+  Variant(Decimal v) noexcept : value_(v) {}
+  Variant(std::string v) noexcept : value_(std::move(v)) {}
+  Variant(std::string_view v) : value_(std::string(v)) {}
+  Variant(const char* v) : value_(std::string(v ? v : "")) {}
+  // A null reference makes an Object variant set to Nothing.
+  Variant(ObjectRef v) noexcept : value_(std::move(v)) {}
   Variant(SafeArray v);
   static Variant Null() noexcept;
   static Variant Byte(uint8_t v) noexcept;
 
-  Variant(const Variant& other);
-  Variant(Variant&& other) noexcept;
-  Variant& operator=(const Variant& other);
-  Variant& operator=(Variant&& other) noexcept;
-  ~Variant();
+  Variant(const Variant& other) = default;
+  Variant(Variant&& other) noexcept : value_(std::move(other.value_)) {
+    other.value_.emplace<std::monostate>();
+  }
+  Variant& operator=(const Variant& other) = default;
+  Variant& operator=(Variant&& other) noexcept {
+    if (this != &other) {
+      value_ = std::move(other.value_);
+      other.value_.emplace<std::monostate>();
+    }
+    return *this;
+  }
+  ~Variant() = default;
 
-  VarType type() const noexcept;
+  VarType type() const noexcept { return kTypes[value_.index()]; }
   bool IsEmpty() const noexcept { return type() == VarType::Empty; }
   bool IsNull() const noexcept { return type() == VarType::Null; }
   bool IsArray() const noexcept { return type() == VarType::Array; }
@@ -85,7 +98,23 @@ class Variant {
   const std::string& AsString() const;
   const ObjectRef& AsObject() const;
   const SafeArray& AsArray() const;
+  // The array for changing: first made this Variant's own when copies share it.
   SafeArray& AsArray();
+
+  // The held value when it is exactly a T (int16_t, int32_t, float, double, bool, Date or
+  // std::string), else nullptr: the fast path of the conversions.
+  template <class T>
+  const T* Peek() const noexcept {
+    return std::get_if<T>(&value_);
+  }
+
+  // True when both hold an array and share its elements (one is an unchanged copy of the
+  // other, or both are of a third).
+  bool SharesArrayWith(const Variant& other) const noexcept {
+    const auto* mine = std::get_if<ArrayBox>(&value_);
+    const auto* theirs = std::get_if<ArrayBox>(&other.value_);
+    return mine != nullptr && theirs != nullptr && mine->array == theirs->array;
+  }
 
   // Structural identity: same type and same value (arrays element by element, objects by
   // reference). Not the object model's comparison, which converts (see conversions.h).
@@ -99,10 +128,17 @@ class Variant {
     uint8_t value;
   };
   struct ArrayBox {
-    std::unique_ptr<SafeArray> array;
+    std::shared_ptr<SafeArray> array;
   };
   using Storage = std::variant<std::monostate, NullTag, int16_t, int32_t, float, double, Currency,
                                Date, std::string, ObjectRef, bool, Decimal, ByteBox, ArrayBox>;
+  // The type of each alternative of Storage, in its order.
+  static constexpr VarType kTypes[] = {
+      VarType::Empty,  VarType::Null,   VarType::Integer, VarType::Long,    VarType::Single,
+      VarType::Double, VarType::Currency, VarType::Date,  VarType::String,  VarType::Object,
+      VarType::Boolean, VarType::Decimal, VarType::Byte,  VarType::Array};
+  static_assert(std::size(kTypes) == std::variant_size_v<Storage>);
+
   Storage value_;
 };
 

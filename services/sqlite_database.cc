@@ -75,17 +75,20 @@ void Bind(sqlite3_stmt* stmt, const std::vector<SqlParameter>& values) {
   }
 }
 
-void Describe(sqlite3_stmt* stmt, std::vector<Variant>& names, std::vector<DeclaredKind>& kinds) {
+// The result column names of `stmt` as the zero-based array the answer carries, and in `kinds`
+// how each column's values are read.
+Variant Describe(sqlite3_stmt* stmt, std::vector<DeclaredKind>& kinds) {
   const int columns = sqlite3_column_count(stmt);
-  names.clear();
-  kinds.clear();
+  std::vector<Variant> names;
   names.reserve(columns);
+  kinds.clear();
   kinds.reserve(columns);
   for (int c = 0; c < columns; ++c) {
     const char* name = sqlite3_column_name(stmt, c);
     names.emplace_back(std::string(name != nullptr ? name : ""));
     kinds.push_back(sqlite_support::KindOfDeclaredType(sqlite3_column_decltype(stmt, c)));
   }
+  return Variant(SafeArray::FromValues(std::move(names)));
 }
 
 // Runs the compiled, bound `stmt` to its end and fills the answer and `row_count`. A kept
@@ -108,21 +111,21 @@ bool Run(sqlite3* db, sqlite3_stmt* stmt, StatementCache::Entry* entry, int32_t&
   }
   if (step != SQLITE_ROW && step != SQLITE_DONE) return false;
 
-  std::vector<Variant> own_names;
+  Variant own_names;
   std::vector<DeclaredKind> own_kinds;
-  const std::vector<Variant>* names = &own_names;
+  const Variant* names = &own_names;
   const std::vector<DeclaredKind>* kinds = &own_kinds;
   if (entry != nullptr) {
     const int recompiles = sqlite3_stmt_status(stmt, SQLITE_STMTSTATUS_REPREPARE, 0);
     if (!entry->described || entry->recompiles != recompiles) {
-      Describe(stmt, entry->names, entry->kinds);
+      entry->names = Describe(stmt, entry->kinds);
       entry->described = true;
       entry->recompiles = recompiles;
     }
     names = &entry->names;
     kinds = &entry->kinds;
   } else {
-    Describe(stmt, own_names, own_kinds);
+    own_names = Describe(stmt, own_kinds);
   }
 
   std::vector<Variant> values;
@@ -141,17 +144,10 @@ bool Run(sqlite3* db, sqlite3_stmt* stmt, StatementCache::Entry* entry, int32_t&
   if (step != SQLITE_DONE) return false;
   if (entry != nullptr) entry->last_values = values.size();
 
-  if (entry != nullptr) {
-    fields = Variant(SafeArray::FromValues(*names));
-  } else {
-    fields = Variant(SafeArray::FromValues(std::move(own_names)));
-  }
-  if (rows > 0) {
-    SafeArray matrix = SafeArray::Matrix(0, rows - 1, 0, columns - 1);
-    // Both are row-major: element (r, c) sits at r * columns + c.
-    matrix.elements() = std::move(values);
-    data = Variant(std::move(matrix));
-  }
+  // The names are the statement's own, handed out shared: every run of a shape answers the
+  // same names, and copying a hundred texts per query would cost as much as reading a row.
+  fields = *names;
+  if (rows > 0) data = Variant(SafeArray::FromRows(rows, columns, std::move(values)));
   row_count = rows;
   return true;
 }

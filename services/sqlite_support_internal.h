@@ -48,9 +48,10 @@ class StatementCache {
   // A compiled shape and what the last run learned about its result columns.
   struct Entry {
     sqlite3_stmt* stmt = nullptr;
-    // Column names and declared kinds, valid while `described` and the statement has not been
-    // recompiled since (SQLite recompiles a statement by itself when the schema changes).
-    std::vector<Variant> names;
+    // Column names (the zero-based array every run answers) and declared kinds, valid while
+    // `described` and the statement has not been recompiled since (SQLite recompiles a
+    // statement by itself when the schema changes).
+    Variant names;
     std::vector<DeclaredKind> kinds;
     bool described = false;
     int recompiles = 0;

@@ -22,7 +22,9 @@ class DataFileTest : public ::testing::Test {
     return testing::WriteFile(tmp_.File(name), bytes);
   }
   static std::vector<std::string> Texts(const Variant& fields) {
-    if (fields.IsArray()) EXPECT_EQ(fields.AsArray().LBound(), 0);
+    if (fields.IsArray()) {
+      EXPECT_EQ(fields.AsArray().LBound(), 0);
+    }
     return testing::Texts(fields);
   }
 
