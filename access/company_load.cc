@@ -1,6 +1,7 @@
 #include "access/company_load.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <utility>
 #include <vector>
@@ -310,9 +311,20 @@ void QuerySeries(const StoreContext& store, int32_t id, std::vector<Row>& series
 
 // Replaces the row IDs the record brought with the names of those rows.
 void ResolveNames(const StoreContext& store, Company& company) {
+  // The reference columns' bindings, found once: the same four columns on every load.
+  static const auto kBindings = [] {
+    std::array<const FieldBinding<Company>*, 4> bindings{};
+    const ReferenceCaches none;
+    size_t k = 0;
+    for (const auto& reference : CompanyReferences(none)) {
+      bindings[k++] = FindField(Company::Bindings(), reference.column());
+    }
+    return bindings;
+  }();
+  size_t k = 0;
   for (const auto& reference : CompanyReferences(*store.caches)) {
+    const FieldBinding<Company>* binding = kBindings[k++];
     try {
-      const FieldBinding<Company>* binding = FindField(Company::Bindings(), reference.column());
       const Variant stored = GetField(company, *binding);
       const int32_t id = IsNumeric(stored) ? CLng(stored) : 0;
       const ReferenceTable& t = *reference.table;

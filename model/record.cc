@@ -10,13 +10,12 @@ namespace kwx {
 
 // Each conversion finishes before the assignment, so a rejected value leaves the member as it
 // was.
-void ConvertInto(const Variant& value, std::string& out) { out = CStr(value); }
-void ConvertInto(const Variant& value, float& out) { out = CSng(value); }
-void ConvertInto(const Variant& value, int16_t& out) { out = CInt(value); }
-void ConvertInto(const Variant& value, int32_t& out) { out = CLng(value); }
-void ConvertInto(const Variant& value, bool& out) { out = CBool(value); }
-void ConvertInto(const Variant& value, Date& out) { out = CDate(value); }
-void ConvertInto(const Variant& value, Variant& out) { out = value; }
+void ConvertOtherInto(const Variant& value, std::string& out) { out = CStr(value); }
+void ConvertOtherInto(const Variant& value, float& out) { out = CSng(value); }
+void ConvertOtherInto(const Variant& value, int16_t& out) { out = CInt(value); }
+void ConvertOtherInto(const Variant& value, int32_t& out) { out = CLng(value); }
+void ConvertOtherInto(const Variant& value, bool& out) { out = CBool(value); }
+void ConvertOtherInto(const Variant& value, Date& out) { out = CDate(value); }
 
 Variant FlagsFrom(const Variant& value) {
   switch (value.type()) {

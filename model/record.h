@@ -6,6 +6,7 @@
 #ifndef KWX_MODEL_RECORD_H_
 #define KWX_MODEL_RECORD_H_
 
+#include <cmath>
 #include <cstdint>
 #include <initializer_list>
 #include <span>
@@ -49,13 +50,27 @@ struct FieldBinding {
 // Converts `value` for a member of the given memory type with the strict conversions (CStr,
 // CSng, CInt, CLng, CBool, CDate); a Variant member takes the value as given. Raises the
 // conversion's AutomationError and leaves `out` unchanged when the value is rejected.
-void ConvertInto(const Variant& value, std::string& out);
-void ConvertInto(const Variant& value, float& out);
-void ConvertInto(const Variant& value, int16_t& out);
-void ConvertInto(const Variant& value, int32_t& out);
-void ConvertInto(const Variant& value, bool& out);
-void ConvertInto(const Variant& value, Date& out);
-void ConvertInto(const Variant& value, Variant& out);
+// A value already of the member's type is taken as it is (a load sets thousands of members
+// from values of their own type); any other goes through the conversion.
+void ConvertOtherInto(const Variant& value, std::string& out);
+void ConvertOtherInto(const Variant& value, float& out);
+void ConvertOtherInto(const Variant& value, int16_t& out);
+void ConvertOtherInto(const Variant& value, int32_t& out);
+void ConvertOtherInto(const Variant& value, bool& out);
+void ConvertOtherInto(const Variant& value, Date& out);
+template <class T>
+void ConvertInto(const Variant& value, T& out) {
+  if (const T* same = value.Peek<T>()) {
+    // An infinite Single overflows CSng, so it takes the conversion's path to its error.
+    if constexpr (std::is_floating_point_v<T>) {
+      if (std::isinf(*same)) return ConvertOtherInto(value, out);
+    }
+    out = *same;
+  } else {
+    ConvertOtherInto(value, out);
+  }
+}
+inline void ConvertInto(const Variant& value, Variant& out) { out = value; }
 
 // A struck-out item list in its one in-memory shape: a Boolean array whose element 1 is the
 // first item. Accepts such an array, an array of any lower bound (the first element becomes
