@@ -1,6 +1,7 @@
 #include "automation/conversions.h"
 
 #include <charconv>
+#include <cstdint>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -194,6 +195,36 @@ Digits SignificantDigits(T v, int precision) {
   return d;
 }
 
+// SignificantDigits(v, 7) for a Single, in integer arithmetic for the usual magnitudes
+// (1E-4 up to 1E7): there v times 10^(6 - e), e its decimal exponent, has at most 24 + 24
+// significant bits (10^k is 2^k 5^k and 5^10 < 2^24), so a double holds it exactly and its
+// rounding half to even is the exact value's.
+Digits SingleDigits(float v) {
+  static constexpr double kDecades[] = {1e-4, 1e-3, 1e-2, 1e-1, 1e0, 1e1, 1e2,
+                                        1e3,  1e4,  1e5,  1e6};
+  static constexpr double kScales[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
+                                       1e6, 1e7, 1e8, 1e9, 1e10};
+  const double magnitude = std::fabs(static_cast<double>(v));
+  if (!(magnitude >= kDecades[0] && magnitude < 1e7)) return SignificantDigits(magnitude, 7);
+  int e = 6;
+  while (magnitude < kDecades[e + 4]) --e;
+  const double scaled = magnitude * kScales[6 - e];
+  const double whole = std::floor(scaled);
+  const double fraction = scaled - whole;
+  auto n = static_cast<uint32_t>(whole);
+  if (fraction > 0.5 || (fraction == 0.5 && n % 2 != 0)) ++n;
+  if (n == 10'000'000) {
+    n = 1'000'000;
+    ++e;
+  }
+  Digits d;
+  d.count = 7;
+  for (size_t k = 7; k-- > 0; n /= 10) d.digits[k] = static_cast<char>('0' + n % 10);
+  while (d.count > 1 && d.digits[d.count - 1] == '0') --d.count;
+  d.exponent = e;
+  return d;
+}
+
 // Digits laid out without an exponent: 125 at exponent -3 is "0.00125", at 4 "12500".
 void AppendPlainText(const Digits& d, std::string& out) {
   const std::string_view digits = d.view();
@@ -207,11 +238,12 @@ void AppendPlainText(const Digits& d, std::string& out) {
   }
 }
 
-std::string NumberTextOf(double v, int precision) {
+std::string NumberTextOf(double v, int precision, bool single) {
   if (std::isnan(v)) return "NaN";
   if (std::isinf(v)) return v < 0 ? "-Infinity" : "Infinity";
   if (v == 0) return "0";
-  const Digits d = SignificantDigits(v, precision);
+  const Digits d =
+      single ? SingleDigits(static_cast<float>(v)) : SignificantDigits(v, precision);
   std::string out;
   out.reserve(24);
   if (v < 0) out.push_back('-');
@@ -452,8 +484,8 @@ Variant ConvertTo(const Variant& v, VarType to) {
   }
 }
 
-std::string NumberText(float v) { return NumberTextOf(v, 7); }
-std::string NumberText(double v) { return NumberTextOf(v, 15); }
+std::string NumberText(float v) { return NumberTextOf(v, 7, true); }
+std::string NumberText(double v) { return NumberTextOf(v, 15, false); }
 
 double RoundHalfEven(double v) { return static_cast<double>(RoundHalfEvenLong(v)); }
 

@@ -52,6 +52,7 @@ struct Sizes {
   int parse = 20000;        // field arrays per parse run
   int repeats = 3;          // runs per figure; the best counts (the machine is shared)
   int load_repeats = 9;     // load passes per side, alternating; each pass is short
+  int save_repeats = 5;     // save runs per side, alternating
   int scale_small = 1000;
   int scale_large = 100000;
   int lookups = 1000;       // loads per latency pass
@@ -276,7 +277,7 @@ class Bench {
       // Per-study commits wait for the disk, so fewer of them give a stable figure.
       const int n = batched ? sizes_.save : std::max(50, sizes_.save / 4);
       double loader = 0, raw = 0;
-      for (int r = 0; r < sizes_.repeats; ++r) {
+      for (int r = 0; r < sizes_.save_repeats; ++r) {
         loader = std::max(loader, SaveLoader(batched, n));
         raw = std::max(raw, SaveRaw(batched, n));
       }

@@ -1,6 +1,7 @@
 #include "services/jet_dialect.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -17,11 +18,15 @@ namespace {
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 // Bytes of a UTF-8 sequence count as word characters: a non-ASCII name stays one word.
-bool IsWordChar(char c) {
-  const auto u = static_cast<unsigned char>(c);
-  return (u >= '0' && u <= '9') || (u >= 'A' && u <= 'Z') || (u >= 'a' && u <= 'z') || u == '_' ||
-         u >= 0x80;
-}
+constexpr auto kWordChars = [] {
+  std::array<bool, 256> table{};
+  for (int u = 0; u < 256; ++u) {
+    table[u] = (u >= '0' && u <= '9') || (u >= 'A' && u <= 'Z') || (u >= 'a' && u <= 'z') ||
+               u == '_' || u >= 0x80;
+  }
+  return table;
+}();
+bool IsWordChar(char c) { return kWordChars[static_cast<unsigned char>(c)]; }
 
 char Lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
 
@@ -143,6 +148,8 @@ class Translator {
   // False when the statement turned out to hold something that makes lifting unsafe.
   bool Run();
 
+  // The translation. Text that passes unchanged is copied in runs, when the next changed
+  // piece (or the end) comes, rather than a character at a time.
   std::string out;
   std::vector<SqlParameter> values;
   bool lifted() const { return lift_; }
@@ -157,6 +164,13 @@ class Translator {
   };
 
   bool Lifting() const { return lift_ && keeps_.empty() && !after_as_; }
+  // Before a changed piece of the statement starting at `i`: the unchanged text up to it.
+  void CopyTo(size_t i) {
+    out.append(s_.substr(copied_, i - copied_));
+    copied_ = i;
+  }
+  // After a changed piece ending at `i`: the statement up to `i` is in `out`.
+  void Skip(size_t i) { copied_ = i; }
   void Text(std::string_view text) {
     if (Lifting()) {
       out += '?';
@@ -183,6 +197,7 @@ class Translator {
   void Number(size_t i, size_t end);
 
   std::string_view s_;
+  size_t copied_ = 0;  // s_ up to here is in `out`
   bool lift_;
   StatementKind kind_ = StatementKind::Other;
   int depth_ = 0;
@@ -239,12 +254,14 @@ void Translator::Number(size_t i, size_t end) {
 bool Translator::Run() {
   const std::string_view s = s_;
   out.reserve(s.size() + 8);
+  // A literal with its separator (", ") takes at least three characters: an upper bound,
+  // allocated once.
+  if (lift_) values.reserve(s.size() / 3);
   const size_t n = s.size();
   size_t i = 0;
   while (i < n) {
     const char c = s[i];
     if (IsBlank(c)) {
-      out += c;
       ++i;
       continue;
     }
@@ -254,28 +271,23 @@ bool Translator::Run() {
       const std::optional<size_t> end = QuotedEnd(s, i, '\'');
       if (!end) {
         if (lift_) return false;
-        out.append(s.substr(i));
         i = n;
       } else {
+        CopyTo(i);
         Text(UndoubleQuotes(s.substr(i + 1, *end - i - 2), '\''));
+        Skip(*end);
         i = *end;
       }
     } else if (c == '[') {
       const size_t close = s.find(']', i + 1);
-      const size_t end = close == std::string_view::npos ? n : close + 1;
-      out.append(s.substr(i, end - i));
-      i = end;
+      i = close == std::string_view::npos ? n : close + 1;
     } else if (c == '-' && i + 1 < n && s[i + 1] == '-') {
       const size_t eol = s.find('\n', i);
-      const size_t end = eol == std::string_view::npos ? n : eol;
-      out.append(s.substr(i, end - i));
-      i = end;
+      i = eol == std::string_view::npos ? n : eol;
       continue;  // a comment between AS and its alias changes nothing
     } else if (c == '/' && i + 1 < n && s[i + 1] == '*') {
       const size_t close = s.find("*/", i + 2);
-      const size_t end = close == std::string_view::npos ? n : close + 2;
-      out.append(s.substr(i, end - i));
-      i = end;
+      i = close == std::string_view::npos ? n : close + 2;
       continue;
     } else if (c == '"') {
       const std::optional<size_t> end = QuotedEnd(s, i, '"');
@@ -283,21 +295,22 @@ bool Translator::Run() {
           end && ((i > 0 && s[i - 1] == '.') || (*end < n && s[*end] == '.'));
       if (!end || qualified) {
         if (!end && lift_) return false;
-        const size_t stop = end.value_or(n);
-        out.append(s.substr(i, stop - i));
-        i = stop;
+        i = end.value_or(n);
       } else {
+        CopyTo(i);
         Text(UndoubleQuotes(s.substr(i + 1, *end - i - 2), '"'));
+        Skip(*end);
         i = *end;
       }
     } else if (c == '#') {
       const size_t close = s.find('#', i + 1);
       if (close == std::string_view::npos) {
         if (lift_) return false;
-        out.append(s.substr(i));
         i = n;
       } else {
+        CopyTo(i);
         DateLiteral(s.substr(i + 1, close - i - 1));
+        Skip(close + 1);
         i = close + 1;
       }
     } else if ((c >= '0' && c <= '9') ||
@@ -307,11 +320,11 @@ bool Translator::Run() {
                                    s[i - 1] == ']' || s[i - 1] == '"');
       const size_t end = glued ? i : NumberEnd(s, i);
       if (end == i || (end < n && (IsWordChar(s[end]) || s[end] == '.'))) {
-        const size_t word_end = std::max(WordEnd(s, i), i + 1);
-        out.append(s.substr(i, word_end - i));
-        i = word_end;
+        i = std::max(WordEnd(s, i), i + 1);
       } else {
+        CopyTo(i);
         Number(i, end);
+        Skip(end);
         i = end;
       }
     } else if (IsWordChar(c)) {
@@ -321,6 +334,7 @@ bool Translator::Run() {
       const bool qualified = (i > 0 && s[i - 1] == '.') || (end < n && s[end] == '.');
       if (!qualified && (EqualsLower(word, "true") || EqualsLower(word, "false"))) {
         const bool yes = EqualsLower(word, "true");
+        CopyTo(i);
         if (Lifting()) {
           out += '?';
           SqlParameter p;
@@ -331,6 +345,7 @@ bool Translator::Run() {
           if (!out.empty() && out.back() == '-') out += ' ';
           out += yes ? "-1" : "0";
         }
+        Skip(end);
         i = end;
         after_as_ = false;
         continue;
@@ -341,7 +356,9 @@ bool Translator::Run() {
           const size_t from = SkipBlanks(s, star + 1);
           const size_t from_end = WordEnd(s, from);
           if (EqualsLower(s.substr(from, from_end - from), "from")) {
+            CopyTo(i);
             out += "DELETE FROM";
+            Skip(from_end);
             Word("from");
             i = from_end;
             after_as_ = false;
@@ -350,7 +367,6 @@ bool Translator::Run() {
         }
       }
       Word(word);
-      out.append(word);
       i = end;
       after_as_ = lift_ && EqualsLower(word, "as");
       continue;
@@ -362,11 +378,11 @@ bool Translator::Run() {
         --depth_;
         while (!keeps_.empty() && keeps_.back().depth > depth_) keeps_.pop_back();
       }
-      out += c;
       ++i;
     }
     if (as_before) after_as_ = false;
   }
+  CopyTo(n);
   return true;
 }
 
