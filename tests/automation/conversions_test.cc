@@ -40,6 +40,11 @@ TEST(Conversions, NumberTextKeepsSignificantDigitsAndExponentForm) {
       {123456789.0f, "1.234568E+08"}, {1e7f, "1E+07"},  {1234567.0f, "1234567"},
       {12.34f, "12.34"},              {0.1f, "0.1"},    {1e-5f, "1E-05"},
       {-3.0e-20f, "-3E-20"},          {1.01f, "1.01"},
+      // Rounding on the exact binary value: half to even, a carry into the next decade, the
+      // edges of the usual range, a Single coarser than 7 digits, the smallest Single.
+      {1234567.5f, "1234568"},        {9999999.5f, "1E+07"},     {0.0001f, "0.0001"},
+      {0.00009999999f, "9.999999E-05"}, {8.8e12f, "8.8E+12"},   {16777216.0f, "1.677722E+07"},
+      {1.5e-45f, "1.401298E-45"},     {-98.2f, "-98.2"},
   };
   for (const auto& c : singles) EXPECT_EQ(NumberText(c.value), c.expected) << c.value;
 

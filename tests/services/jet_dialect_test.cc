@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <charconv>
 #include <cstring>
 #include <random>
 #include <string>
@@ -90,6 +91,15 @@ TEST(JetDialect, LiftsValuesButKeepsLiteralsThatShapeTheAnswer) {
   EXPECT_EQ(typed.values[2].text, "it's");
   EXPECT_EQ(typed.values[3].integer, 0);
   EXPECT_EQ(typed.values[4].text, "1/5/2026");
+  // A lifted decimal is the double nearest its text, by whichever way it is read.
+  for (const char* text : {"0.1", "171.22", "5.", ".5", "123456789.012345", "0.30000000000000004",
+                           "9007199254740993.5"}) {
+    const ParameterizedSql p = ParameterizeJetSql(std::string("select * from T where a = ") + text);
+    double expected = 0;
+    std::from_chars(text, text + std::strlen(text), expected);
+    ASSERT_EQ(p.values.size(), 1u) << text;
+    EXPECT_EQ(p.values[0].real, expected) << text;
+  }
 }
 
 // Executing a statement's literal translation and its lifted shape with the values bound must
