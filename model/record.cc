@@ -27,7 +27,12 @@ Variant FlagsFrom(const Variant& value) {
       if (text.empty()) return Variant();
       const auto count = static_cast<int32_t>(Len(text));
       SafeArray flags = SafeArray::Vector(1, count);
-      for (int32_t k = 1; k <= count; ++k) flags(k) = Variant(Mid(text, static_cast<size_t>(k), 1) == "1");
+      if (static_cast<size_t>(count) == text.size()) {
+        // One byte per character (the digit texts the database keeps): read them in place.
+        for (int32_t k = 1; k <= count; ++k) flags(k) = Variant(text[static_cast<size_t>(k - 1)] == '1');
+      } else {
+        for (int32_t k = 1; k <= count; ++k) flags(k) = Variant(Mid(text, static_cast<size_t>(k), 1) == "1");
+      }
       return Variant(std::move(flags));
     }
     case VarType::Array: {

@@ -136,9 +136,7 @@ bool Run(sqlite3* db, sqlite3_stmt* stmt, StatementCache::Entry* entry, int32_t&
   int32_t rows = 0;
   for (; step == SQLITE_ROW; step = sqlite3_step(stmt)) {
     if (rows == INT32_MAX) return false;
-    for (int c = 0; c < columns; ++c) {
-      sqlite_support::AppendColumnValue(values, stmt, c, (*kinds)[c]);
-    }
+    sqlite_support::AppendRow(values, stmt, *kinds);
     ++rows;
   }
   if (step != SQLITE_DONE) return false;

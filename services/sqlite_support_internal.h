@@ -24,10 +24,11 @@ enum class DeclaredKind : uint8_t { None, Text, Single, Double, Integer, Long, B
 // The kind of a declared type name, case-insensitively; None for a null or unknown name.
 DeclaredKind KindOfDeclaredType(const char* decltype_name);
 
-// Appends to `out` the value of `column` in the current row of `stmt`, typed by `kind` (see
-// SqliteDatabase for the rules). Raises only what growing `out` raises (std::bad_alloc).
-void AppendColumnValue(std::vector<Variant>& out, sqlite3_stmt* stmt, int column,
-                       DeclaredKind kind);
+// Appends to `out` the values of every column of the current row of `stmt`, column c typed
+// by kinds[c] (see SqliteDatabase for the rules); kinds.size() must be the statement's column
+// count. Raises only what growing `out` raises (std::bad_alloc).
+void AppendRow(std::vector<Variant>& out, sqlite3_stmt* stmt,
+               const std::vector<DeclaredKind>& kinds);
 
 // Registers datediff(interval, date1, date2) on `db`: the count of interval boundaries from
 // date1 to date2 (kwx::DateDiff). A date is a serial number or a text that ParseDate reads;
