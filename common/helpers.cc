@@ -142,6 +142,10 @@ bool IsValidDate(Date date) {
   // The day boundaries of DateDiff ignore the time of day; a serial outside the calendar
   // cannot be counted and is not a plausible date either.
   if (!std::isfinite(date.serial)) return false;
+  // A serial at or after day 3 (1/1/1900 is day 2) counts whole days from 0, so a value well
+  // inside the range is a valid date without counting (a save asks this of every quarter).
+  static const double kLastDay = DateSerial(2999, 12, 1).serial;
+  if (date.serial >= 3 && date.serial < kLastDay) return true;
   try {
     return DateDiff("d", DateSerial(1900, 1, 1), date) > 0 &&
            DateDiff("d", DateSerial(2999, 12, 1), date) < 0;
