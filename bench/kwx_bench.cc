@@ -274,8 +274,8 @@ class Bench {
 
   void Save() {
     for (bool batched : {false, true}) {
-      // Per-study commits wait for the disk, so fewer of them give a stable figure.
-      const int n = batched ? sizes_.save : std::max(50, sizes_.save / 4);
+      // Per-study commits wait for the disk: fewer of them keep the run short.
+      const int n = batched ? sizes_.save : std::max(150, sizes_.save / 4);
       double loader = 0, raw = 0;
       for (int r = 0; r < sizes_.save_repeats; ++r) {
         loader = std::max(loader, SaveLoader(batched, n));

@@ -136,30 +136,37 @@ size_t NumberEnd(std::string_view s, size_t i) {
   return k;
 }
 
-// The value of a decimal such as "171.22" (digits and at most one point, no exponent) when
-// it has at most 15 digits: the digits as a whole number are then exact in a double, and so
-// is the power of ten (at most 10^22) they are divided by, and one correctly rounded division
-// gives exactly the double from_chars reads. False for any other text, which from_chars
-// reads instead.
-bool ShortDecimal(std::string_view text, double& value) {
-  static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                       1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+// The digits of a number's text such as "171.22" (digits and at most one point, no
+// exponent) as one whole number, with the count of digits after the point (-1 without a
+// point). False for any other text or more than 18 digits.
+struct ShortNumber {
   uint64_t digits = 0;
   int count = 0;
   int after_point = -1;
+};
+bool ScanShortNumber(std::string_view text, ShortNumber& n) {
   for (char c : text) {
-    if (c == '.' && after_point < 0) {
-      after_point = 0;
+    if (c == '.' && n.after_point < 0) {
+      n.after_point = 0;
     } else if (c >= '0' && c <= '9') {
-      if (++count > 15) return false;
-      digits = digits * 10 + static_cast<uint64_t>(c - '0');
-      if (after_point >= 0) ++after_point;
+      if (++n.count > 18) return false;
+      n.digits = n.digits * 10 + static_cast<uint64_t>(c - '0');
+      if (n.after_point >= 0) ++n.after_point;
     } else {
       return false;
     }
   }
-  if (count == 0) return false;
-  value = static_cast<double>(digits) / kPowers[after_point < 0 ? 0 : after_point];
+  return n.count > 0;
+}
+
+// The value of a short number as a Real: with at most 15 digits the whole number is exact in
+// a double, and so is the power of ten (at most 10^15) it is divided by, and one correctly
+// rounded division gives exactly the double from_chars reads. False otherwise.
+bool ShortDecimal(const ShortNumber& n, double& value) {
+  static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                       1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  if (n.count > 15) return false;
+  value = static_cast<double>(n.digits) / kPowers[n.after_point < 0 ? 0 : n.after_point];
   return true;
 }
 
@@ -255,14 +262,24 @@ void Translator::Number(size_t i, size_t end) {
   const std::string_view text = s_.substr(i, end - i);
   if (Lifting()) {
     SqlParameter p;
-    bool whole = true;
-    for (char c : text) whole = whole && c >= '0' && c <= '9';
-    if (!whole && ShortDecimal(text, p.real)) {
-      p.kind = SqlParameter::Kind::Real;
-      out += '?';
-      values.push_back(std::move(p));
-      return;
+    // Most numbers are short: read without from_chars, to the same values.
+    ShortNumber shortened;
+    if (ScanShortNumber(text, shortened)) {
+      if (shortened.after_point < 0) {
+        p.kind = SqlParameter::Kind::Integer;
+        p.integer = static_cast<int64_t>(shortened.digits);
+        out += '?';
+        values.push_back(std::move(p));
+        return;
+      }
+      if (ShortDecimal(shortened, p.real)) {
+        p.kind = SqlParameter::Kind::Real;
+        out += '?';
+        values.push_back(std::move(p));
+        return;
+      }
     }
+    const bool whole = text.find_first_of(".eE") == std::string_view::npos;
     if (whole) {
       p.kind = SqlParameter::Kind::Integer;
       const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), p.integer);
