@@ -439,6 +439,10 @@ class Bench {
                 sizes_.scale_large, fs::file_size(large_path) / 1048576.0, fill_seconds,
                 sizes_.scale_repeats, sizes_.lookups);
     load_scale_ = std::max(large.first / small.first, large.second / small.second);
+    // Unlinked now; the space comes back when the two sides close.
+    for (const std::string& path : {small_path, large_path}) {
+      for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(path + suffix);
+    }
   }
 
   // Peak resident memory (KB) and seconds of `kwx import` of n generated files, in a child.

@@ -27,11 +27,12 @@ Variant FlagsFrom(const Variant& value) {
       if (text.empty()) return Variant();
       const auto count = static_cast<int32_t>(Len(text));
       SafeArray flags = SafeArray::Vector(1, count);
-      if (static_cast<size_t>(count) == text.size()) {
-        // One byte per character (the digit texts the database keeps): read them in place.
-        for (int32_t k = 1; k <= count; ++k) flags(k) = Variant(text[static_cast<size_t>(k - 1)] == '1');
-      } else {
-        for (int32_t k = 1; k <= count; ++k) flags(k) = Variant(Mid(text, static_cast<size_t>(k), 1) == "1");
+      // With one byte per character (the digit texts the database keeps) the characters are
+      // read in place.
+      const bool bytes = static_cast<size_t>(count) == text.size();
+      for (int32_t k = 1; k <= count; ++k) {
+        const auto at = static_cast<size_t>(k);
+        flags(k) = Variant(bytes ? text[at - 1] == '1' : Mid(text, at, 1) == "1");
       }
       return Variant(std::move(flags));
     }

@@ -170,6 +170,36 @@ bool ShortDecimal(const ShortNumber& n, double& value) {
   return true;
 }
 
+// The parameter a number's text is lifted into: a whole number as an Integer, any other as
+// a finite Real; std::nullopt for a whole number beyond 64 bits or a Real that overflows.
+std::optional<SqlParameter> NumberValue(std::string_view text) {
+  SqlParameter p;
+  // Most numbers are short: read without from_chars, to the same values.
+  ShortNumber shortened;
+  if (ScanShortNumber(text, shortened)) {
+    if (shortened.after_point < 0) {
+      p.kind = SqlParameter::Kind::Integer;
+      p.integer = static_cast<int64_t>(shortened.digits);
+      return p;
+    }
+    if (ShortDecimal(shortened, p.real)) {
+      p.kind = SqlParameter::Kind::Real;
+      return p;
+    }
+  }
+  const char* const last = text.data() + text.size();
+  if (text.find_first_of(".eE") == std::string_view::npos) {
+    p.kind = SqlParameter::Kind::Integer;
+    const auto [ptr, ec] = std::from_chars(text.data(), last, p.integer);
+    if (ec == std::errc() && ptr == last) return p;
+  } else {
+    p.kind = SqlParameter::Kind::Real;
+    const auto [ptr, ec] = std::from_chars(text.data(), last, p.real);
+    if (ec == std::errc() && ptr == last && std::isfinite(p.real)) return p;
+  }
+  return std::nullopt;
+}
+
 // One pass over a Jet statement: the translation, and with `lift` the lifting of literals
 // into `values`. The rules of both are those of jet_dialect.h.
 class Translator {
@@ -205,13 +235,17 @@ class Translator {
   }
   // After a changed piece ending at `i`: the statement up to `i` is in `out`.
   void Skip(size_t i) { copied_ = i; }
+  // Writes the placeholder of a lifted value.
+  void Lift(SqlParameter value) {
+    out += '?';
+    values.push_back(std::move(value));
+  }
   void Text(std::string_view text) {
     if (Lifting()) {
-      out += '?';
       SqlParameter p;
       p.kind = SqlParameter::Kind::Text;
       p.text = std::string(text);
-      values.push_back(std::move(p));
+      Lift(std::move(p));
     } else {
       AppendSingleQuoted(out, text);
     }
@@ -261,41 +295,9 @@ void Translator::Word(std::string_view word) {
 void Translator::Number(size_t i, size_t end) {
   const std::string_view text = s_.substr(i, end - i);
   if (Lifting()) {
-    SqlParameter p;
-    // Most numbers are short: read without from_chars, to the same values.
-    ShortNumber shortened;
-    if (ScanShortNumber(text, shortened)) {
-      if (shortened.after_point < 0) {
-        p.kind = SqlParameter::Kind::Integer;
-        p.integer = static_cast<int64_t>(shortened.digits);
-        out += '?';
-        values.push_back(std::move(p));
-        return;
-      }
-      if (ShortDecimal(shortened, p.real)) {
-        p.kind = SqlParameter::Kind::Real;
-        out += '?';
-        values.push_back(std::move(p));
-        return;
-      }
-    }
-    const bool whole = text.find_first_of(".eE") == std::string_view::npos;
-    if (whole) {
-      p.kind = SqlParameter::Kind::Integer;
-      const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), p.integer);
-      if (ec == std::errc() && ptr == text.data() + text.size()) {
-        out += '?';
-        values.push_back(std::move(p));
-        return;
-      }
-    } else {
-      p.kind = SqlParameter::Kind::Real;
-      const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), p.real);
-      if (ec == std::errc() && ptr == text.data() + text.size() && std::isfinite(p.real)) {
-        out += '?';
-        values.push_back(std::move(p));
-        return;
-      }
+    if (std::optional<SqlParameter> value = NumberValue(text)) {
+      Lift(std::move(*value));
+      return;
     }
   }
   // Too large for 64 bits (the engine reads it as a real of its own rounding) or kept.
@@ -387,10 +389,9 @@ bool Translator::Run() {
         const bool yes = EqualsLower(word, "true");
         CopyTo(i);
         if (Lifting()) {
-          out += '?';
           SqlParameter p;
           p.integer = yes ? -1 : 0;
-          values.push_back(std::move(p));
+          Lift(std::move(p));
         } else {
           // After a minus sign "-1" would open a "--" comment.
           if (!out.empty() && out.back() == '-') out += ' ';
