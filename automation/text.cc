@@ -4,6 +4,8 @@
 #include <array>
 #include <cstring>
 
+#include <unicode/uchar.h>
+
 #include "automation/errors.h"
 
 namespace kwx {
@@ -75,24 +77,47 @@ constexpr std::array<uint16_t, 32> kWindows1252High = {
     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 98-9F
 };
 
-// Lower case of the letters the comparison folds: A-Z and the Latin-1 capitals U+00C0 to
-// U+00DE except the multiplication sign U+00D7.
-uint32_t FoldCode(uint32_t code) {
-  if (code >= 'A' && code <= 'Z') return code + 0x20;
-  if (code >= 0xC0 && code <= 0xDE && code != 0xD7) return code + 0x20;
-  return code;
+char AsciiLower(unsigned char b) { return static_cast<char>(b >= 'A' && b <= 'Z' ? b + 0x20 : b); }
+
+// A byte that starts no well-formed character compares as this plus the byte: above every
+// character, and equal only to the same byte.
+constexpr uint32_t kStrayByte = 0x110000;
+
+// The folded code of the character starting at byte `i`, and `i` moved past it.
+uint32_t FoldedCodeAt(std::string_view s, size_t& i) {
+  const auto b = static_cast<unsigned char>(s[i]);
+  if (b < 0x80) {
+    ++i;
+    return static_cast<unsigned char>(AsciiLower(b));
+  }
+  const Decoded d = DecodeAt(s, i);
+  i += d.length;
+  if (!d.valid) return kStrayByte + b;
+  return static_cast<uint32_t>(u_foldCase(static_cast<UChar32>(d.code), U_FOLD_CASE_DEFAULT));
 }
 
-// Byte `i` of FoldCase(text), without building the folded text. Folding changes only A-Z and
-// the second byte of U+00C0-U+00DE (0xC3 0x80-0x9E but 0x97), and a 0xC3 followed by a
-// continuation byte always starts a well-formed character, so one byte of look-behind decides.
-unsigned char FoldedByte(std::string_view text, size_t i) {
-  const auto b = static_cast<unsigned char>(text[i]);
-  if (b < 0x80) return b >= 'A' && b <= 'Z' ? b + 0x20 : b;
-  if (b <= 0x9E && b != 0x97 && i > 0 && static_cast<unsigned char>(text[i - 1]) == 0xC3) {
-    return b + 0x20;
+// The hash of HashNoCase over bytes as they stand. Setting bit 0x20 of every byte makes ASCII
+// capitals hash as their lower case without decoding; `high` collects the bytes' top bits, so
+// the caller learns whether the text was ASCII. Eight bytes at a time, as the names hashed are
+// column names read by the hundred.
+uint64_t HashBytes(std::string_view text, uint64_t& high) {
+  constexpr uint64_t kCaseBits = 0x2020202020202020ull;
+  constexpr uint64_t kMultiplier = 0x9E3779B97F4A7C15ull;
+  uint64_t hash = text.size() * kMultiplier;
+  high = 0;
+  size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) {
+    uint64_t word;
+    std::memcpy(&word, text.data() + i, 8);
+    high |= word;
+    hash = (hash ^ (word | kCaseBits)) * kMultiplier;
+    hash ^= hash >> 29;
   }
-  return b;
+  uint64_t tail = 0;
+  if (i < text.size()) std::memcpy(&tail, text.data() + i, text.size() - i);
+  high |= tail;
+  hash = (hash ^ (tail | kCaseBits)) * kMultiplier;
+  return hash ^ (hash >> 32);
 }
 
 }  // namespace
@@ -138,74 +163,77 @@ std::string Trim(std::string_view text) {
 }
 
 std::string FoldCase(std::string_view text) {
-  // Folding keeps every character's byte length (A-Z stay one byte, U+00C0-U+00DE and their
-  // lower cases are all two), so byte offsets in the folded text match the original.
   std::string out;
   out.reserve(text.size());
   for (size_t i = 0; i < text.size();) {
-    const Decoded d = DecodeAt(text, i);
-    if (d.valid) {
-      AppendUtf8(FoldCode(d.code), out);
+    const size_t at = i;
+    const uint32_t code = FoldedCodeAt(text, i);
+    if (code >= kStrayByte) {
+      out.push_back(text[at]);
     } else {
-      out.push_back(text[i]);
+      AppendUtf8(code, out);
     }
-    i += d.length;
   }
   return out;
 }
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
   // Names usually come back spelt as they were declared.
   if (a == b) return true;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (FoldedByte(a, i) != FoldedByte(b, i)) return false;
+  size_t i = 0;
+  size_t j = 0;
+  while (i < a.size() && j < b.size()) {
+    const auto x = static_cast<unsigned char>(a[i]);
+    const auto y = static_cast<unsigned char>(b[j]);
+    if ((x | y) < 0x80) {
+      if (AsciiLower(x) != AsciiLower(y)) return false;
+      ++i, ++j;
+    } else if (FoldedCodeAt(a, i) != FoldedCodeAt(b, j)) {
+      return false;
+    }
   }
-  return true;
+  return i == a.size() && j == b.size();
 }
 
 int CompareNoCase(std::string_view a, std::string_view b) {
-  // Byte order of UTF-8 is code point order.
-  const size_t common = std::min(a.size(), b.size());
-  for (size_t i = 0; i < common; ++i) {
-    const unsigned char x = FoldedByte(a, i);
-    const unsigned char y = FoldedByte(b, i);
+  size_t i = 0;
+  size_t j = 0;
+  while (i < a.size() && j < b.size()) {
+    const uint32_t x = FoldedCodeAt(a, i);
+    const uint32_t y = FoldedCodeAt(b, j);
     if (x != y) return x < y ? -1 : 1;
   }
-  return (a.size() > b.size()) - (a.size() < b.size());
+  return (i < a.size()) - (j < b.size());
 }
 
 uint64_t HashNoCase(std::string_view text) {
-  // Folding only ever sets bit 0x20 of a byte (A-Z, and 0x80-0x9E after 0xC3), so bytes that
-  // fold alike agree once that bit is set in both: hashing them so needs no decoding. Eight
-  // bytes at a time, as the names hashed are column names read by the hundred.
-  constexpr uint64_t kCaseBits = 0x2020202020202020ull;
-  constexpr uint64_t kMultiplier = 0x9E3779B97F4A7C15ull;
-  uint64_t hash = text.size() * kMultiplier;
-  size_t i = 0;
-  for (; i + 8 <= text.size(); i += 8) {
-    uint64_t word;
-    std::memcpy(&word, text.data() + i, 8);
-    hash = (hash ^ (word | kCaseBits)) * kMultiplier;
-    hash ^= hash >> 29;
-  }
-  uint64_t tail = 0;
-  if (i < text.size()) std::memcpy(&tail, text.data() + i, text.size() - i);
-  hash = (hash ^ (tail | kCaseBits)) * kMultiplier;
-  return hash ^ (hash >> 32);
+  uint64_t high = 0;
+  const uint64_t hash = HashBytes(text, high);
+  if ((high & 0x8080808080808080ull) == 0) return hash;
+  // Beyond ASCII, texts that fold alike can differ in more than bit 0x20, or in length: the
+  // folded text is hashed instead. For an ASCII text the two hashes agree, as folding then only
+  // sets bit 0x20 of capitals.
+  return HashBytes(FoldCase(text), high);
 }
 
-size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t from) {
-  if (from > haystack.size() || needle.size() > haystack.size()) return std::string::npos;
-  for (size_t at = from; at <= haystack.size() - needle.size(); ++at) {
-    // A match must begin on a character, not inside one; folding keeps continuation bytes
-    // continuation bytes, so the original text tells.
+size_t FindNoCase(std::string_view haystack, std::string_view needle, size_t from,
+                  size_t* matched) {
+  if (from > haystack.size()) return std::string::npos;
+  for (size_t at = from; at <= haystack.size(); ++at) {
+    // A match must begin on a character, not inside one.
     if (at < haystack.size() && (static_cast<unsigned char>(haystack[at]) & 0xC0) == 0x80) {
       continue;
     }
-    size_t k = 0;
-    while (k < needle.size() && FoldedByte(haystack, at + k) == FoldedByte(needle, k)) ++k;
-    if (k == needle.size()) return at;
+    size_t i = at;
+    size_t j = 0;
+    bool same = true;
+    while (same && j < needle.size()) {
+      same = i < haystack.size() && FoldedCodeAt(haystack, i) == FoldedCodeAt(needle, j);
+    }
+    if (same) {
+      if (matched != nullptr) *matched = i - at;
+      return at;
+    }
   }
   return std::string::npos;
 }

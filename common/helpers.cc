@@ -172,11 +172,12 @@ std::string QuoteSQLText(std::string_view text, const uint8_t& quote_code) {
 
 void ReplaceText(std::string& text, std::string_view search, std::string_view replacement) {
   if (search.empty()) return;
-  // Case folding keeps every character's byte length, so byte offsets stay character
-  // boundaries in both the folded and the original text.
-  for (size_t at = FindNoCase(text, search); at != std::string::npos;
-       at = FindNoCase(text, search, at + replacement.size())) {
-    text.replace(at, search.size(), replacement);
+  size_t matched = 0;
+  for (size_t at = FindNoCase(text, search, 0, &matched); at != std::string::npos;
+       at = FindNoCase(text, search, at + replacement.size(), &matched)) {
+    // The occurrence found may be longer or shorter in bytes than `search` (letters whose
+    // cases differ in length), so its own length is replaced.
+    text.replace(at, matched, replacement);
   }
 }
 

@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake pkg-config
   libsqlite3-dev sqlite3
+  libicu-dev
   libgtest-dev libgmock-dev googletest
   libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev

@@ -240,7 +240,9 @@ class Translator {
     out += '?';
     values.push_back(std::move(value));
   }
-  void Text(std::string_view text) {
+  // `text` written as a value; a compared text (not a date) names its collation.
+  void Text(std::string_view text, bool is_date = false) {
+    const bool compared = !is_date && ComparedHere();
     if (Lifting()) {
       SqlParameter p;
       p.kind = SqlParameter::Kind::Text;
@@ -249,17 +251,31 @@ class Translator {
     } else {
       AppendSingleQuoted(out, text);
     }
+    if (compared) {
+      const bool ascii = std::all_of(text.begin(), text.end(),
+                                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+      out += " COLLATE ";
+      out += ascii ? "NOCASE" : kNoCaseCollation;
+    }
+  }
+  // True when the text written so far ends in a comparison operator, so that a literal written
+  // now is compared. (An assignment's "=" counts as well; the collation changes nothing there.)
+  bool ComparedHere() const {
+    const size_t last = out.find_last_not_of(" \t\r\n");
+    if (last == std::string::npos) return false;
+    const char c = out[last];
+    return c == '=' || c == '<' || c == '>';
   }
   void DateLiteral(std::string_view body) {
     if (std::optional<Date> d = ParseDate(body)) {
       try {
-        Text(FormatDate(*d, "General Date"));
+        Text(FormatDate(*d, "General Date"), true);
         return;
       } catch (...) {
         // A date the formatter cannot write is kept as written below.
       }
     }
-    Text(body);
+    Text(body, true);
   }
   void Word(std::string_view word);
   void Number(size_t i, size_t end);

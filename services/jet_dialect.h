@@ -11,12 +11,21 @@
 
 namespace kwx {
 
+// The collation that compares texts without regard to case in every script; an engine that
+// runs translated statements registers it under this name. Texts of ASCII only are compared
+// by the engine's own NOCASE instead, which an index declared NOCASE can serve.
+inline constexpr const char* kNoCaseCollation = "kwx_nocase";
+
 // Translates one Jet statement. Outside literals and identifiers:
 //   "Delete * From" (any case, any blanks)  -> "DELETE FROM"
 //   the words True / False (any case)       -> -1 / 0 (Jet's True is -1)
 //   a date literal #11/22/2026#             -> '11/22/2026' (reformatted as M/d/yyyy when it
 //                                              is another date form; kept as written when it
 //                                              does not parse as a date)
+//   a text compared by = <> < > <= >=       -> the text followed by COLLATE NOCASE, or by
+//                                              COLLATE kwx_nocase when it holds more than
+//                                              ASCII: Jet compares text without regard to
+//                                              case, in every script
 //   a double-quoted literal "O'Neil"        -> 'O''Neil' (Jet quotes identifiers with
 //                                              brackets, so a double-quoted text is a value;
 //                                              one glued to a "." is a qualified name and

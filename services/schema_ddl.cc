@@ -31,14 +31,22 @@ std::string CascadeTo(std::string_view table, std::string_view key) {
   return " REFERENCES " + Quoted(table) + "(" + Quoted(key) + ") ON DELETE CASCADE";
 }
 
-std::string IndexStatement(std::string_view table, std::initializer_list<std::string_view> cols) {
+// A column of an index; `nocase` orders it as the statements compare ASCII text, without
+// regard to case, so that a lookup by such a text can use the index.
+struct IndexColumn {
+  std::string_view name;
+  bool nocase = false;
+};
+
+std::string IndexStatement(std::string_view table, std::initializer_list<IndexColumn> cols) {
   std::string name(table);
   std::string list;
-  for (std::string_view c : cols) {
+  for (const IndexColumn& c : cols) {
     name += '_';
-    name += c;
+    name += c.name;
     if (!list.empty()) list += ", ";
-    list += Quoted(c);
+    list += Quoted(c.name);
+    if (c.nocase) list += " COLLATE NOCASE";
   }
   return "CREATE INDEX " + Quoted(name) + " ON " + Quoted(table) + " (" + list + ")";
 }
@@ -82,7 +90,7 @@ std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
     if (series) {
       defs.push_back(Quoted(kCompanyKey) + " INTEGER NOT NULL" +
                      CascadeTo("Company", kCompanyKey));
-      indexes.push_back(IndexStatement(t.name, {kCompanyKey}));
+      indexes.push_back(IndexStatement(t.name, {{kCompanyKey}}));
     }
     for (const ColumnDef& c : t.columns) {
       // The key and a series' CompanyID are declared above.
@@ -90,12 +98,12 @@ std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
       std::string def = Quoted(c.name) + " " + std::string(DeclaredTypeName(c.type));
       if (const TableDef* parent = ReferredTable(t, c, tables)) {
         def += CascadeTo(parent->name, parent->key);
-        indexes.push_back(IndexStatement(t.name, {c.name}));
+        indexes.push_back(IndexStatement(t.name, {{c.name}}));
       }
       defs.push_back(std::move(def));
     }
     if (t.kind == TableKind::Company) {
-      indexes.push_back(IndexStatement(t.name, {"strSymbol", "ExchangeID"}));
+      indexes.push_back(IndexStatement(t.name, {{"strSymbol", true}, {"ExchangeID"}}));
     }
 
     std::string ddl = "CREATE TABLE " + Quoted(t.name) + " (";

@@ -10,6 +10,7 @@
 #include "automation/dates.h"
 #include "automation/errors.h"
 #include "automation/text.h"
+#include "services/jet_dialect.h"
 #include "automation/value_types.h"
 
 namespace kwx {
@@ -204,10 +205,19 @@ void AppendRow(std::vector<Variant>& out, sqlite3_stmt* stmt,
   for (int c = 0; c < columns; ++c) AppendValue(out, stmt, c, kinds[static_cast<size_t>(c)]);
 }
 
+// Text compared as the statements expect it: letters equal whatever their case, in every
+// script (the dialect names this collation where a comparison holds text beyond ASCII).
+int CompareNoCaseCollation(void*, int a_size, const void* a, int b_size, const void* b) {
+  return CompareNoCase(std::string_view(static_cast<const char*>(a), a_size),
+                       std::string_view(static_cast<const char*>(b), b_size));
+}
+
 bool RegisterJetFunctions(sqlite3* db) {
   return sqlite3_create_function_v2(db, "datediff", 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
                                     nullptr, &DateDiffFunction, nullptr, nullptr,
-                                    nullptr) == SQLITE_OK;
+                                    nullptr) == SQLITE_OK &&
+         sqlite3_create_collation_v2(db, kNoCaseCollation, SQLITE_UTF8, nullptr,
+                                     &CompareNoCaseCollation, nullptr) == SQLITE_OK;
 }
 
 bool TailIsEmpty(std::string_view tail) {

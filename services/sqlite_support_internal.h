@@ -33,7 +33,8 @@ void AppendRow(std::vector<Variant>& out, sqlite3_stmt* stmt,
 // Registers datediff(interval, date1, date2) on `db`: the count of interval boundaries from
 // date1 to date2 (kwx::DateDiff). A date is a serial number or a text that ParseDate reads;
 // answers NULL when either date is missing or does not parse, and an SQL error for an
-// interval DateDiff refuses. False when SQLite refuses the registration.
+// interval DateDiff refuses. Registers too the collation kNoCaseCollation (jet_dialect.h), which
+// compares texts as CompareNoCase does. False when SQLite refuses a registration.
 bool RegisterJetFunctions(sqlite3* db);
 
 // True when `tail` (what sqlite3_prepare_v2 left unparsed) holds only blanks, semicolons and

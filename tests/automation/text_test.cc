@@ -41,7 +41,7 @@ TEST(Text, CharactersAreCodePoints) {
   EXPECT_EQ(Trim("   "), "");
 }
 
-TEST(Text, CaseFoldingCoversAsciiAndLatin1) {
+TEST(Text, CaseFoldingCoversUnicodeLetters) {
   const struct {
     std::string a;
     std::string b;
@@ -56,7 +56,12 @@ TEST(Text, CaseFoldingCoversAsciiAndLatin1) {
       {"a", "B", -1},
       {"b", "A", 1},
       {"ab", "abc", -1},
-      {"\xC5\x92", "\xC5\x93", -1},                   // Œ, œ are outside Latin-1
+      {"\xC5\x92", "\xC5\x93", 0},                    // Œ, œ
+      {"\xC5\xA0koda", "\xC5\xA1KODA", 0},             // Škoda, šKODA
+      {"\xCE\xA3\xCE\x9F\xCE\xA3", "\xCF\x83\xCE\xBF\xCF\x82", 0},  // ΣΟΣ, σος (final sigma)
+      {"\xD0\x94\xD0\x90", "\xD0\xB4\xD0\xB0", 0},      // ДА, да
+      {"\xE2\x84\xAA", "k", 0},                     // the Kelvin sign is a K
+      {"\xD0\x94", "\xD0\xB5", -1},                   // Д before е
   };
   for (const auto& c : cases) {
     EXPECT_EQ(CompareNoCase(c.a, c.b), c.expected) << c.a << " / " << c.b;
@@ -64,15 +69,17 @@ TEST(Text, CaseFoldingCoversAsciiAndLatin1) {
   }
   EXPECT_EQ(FoldCase("ABC \xC3\x89"), "abc \xC3\xA9");
 
-  // The comparisons work on the bytes in place; a continuation byte alone, or one that follows
-  // a lead byte other than 0xC3, is no capital letter.
+  // A stray byte is no letter and matches only itself; texts of other byte lengths can be
+  // equal; equal texts hash equal.
   const struct {
     std::string a;
     std::string b;
     bool equal;
   } in_place[] = {
       {"\x80", "\xA0", false},          // stray continuation bytes
-      {"\xC4\x80", "\xC4\xA0", false},  // U+0100 and U+0120 are not a pair here
+      {"\xC4\x80", "\xC4\xA0", false},  // U+0100 and U+0120 are not a pair
+      {"\xC4\x80", "\xC4\x81", true},   // U+0100 and U+0101 are
+      {"1\xE2\x84\xAAm", "1KM", true},   // three bytes against one
       {"\xC3", "\xC3", true},           // a truncated character equals itself
       {"x\xC3\x89", "X\xC3\xA9", true},
       {"strPrefProcStrikeTaxRate", "STRPREFPROCSTRIKETAXRATE", true},
@@ -81,7 +88,9 @@ TEST(Text, CaseFoldingCoversAsciiAndLatin1) {
   for (const auto& c : in_place) {
     EXPECT_EQ(EqualsNoCase(c.a, c.b), c.equal) << c.a << " / " << c.b;
     EXPECT_EQ(EqualsNoCase(c.a, c.b), FoldCase(c.a) == FoldCase(c.b)) << c.a << " / " << c.b;
-    if (c.equal) EXPECT_EQ(HashNoCase(c.a), HashNoCase(c.b)) << c.a << " / " << c.b;
+    if (c.equal) {
+      EXPECT_EQ(HashNoCase(c.a), HashNoCase(c.b)) << c.a << " / " << c.b;
+    }
   }
   EXPECT_NE(HashNoCase("ExchangeID"), HashNoCase("SectorID"));
 
@@ -95,6 +104,11 @@ TEST(Text, CaseFoldingCoversAsciiAndLatin1) {
   EXPECT_EQ(FindNoCase("\xC3\x89\xC3\xA9", "\xA9"), std::string::npos);
   EXPECT_EQ(FindNoCase("O'N'", "'", 2), 3u);
   EXPECT_EQ(FindNoCase("ab", "abc"), std::string::npos);
+  size_t matched = 0;
+  EXPECT_EQ(FindNoCase("1\xE2\x84\xAA!", "k", 0, &matched), 1u);
+  EXPECT_EQ(matched, 3u) << "the occurrence's own length";
+  EXPECT_EQ(FindNoCase("x\xC5\xA0", "\xC5\xA1", 0, &matched), 1u);
+  EXPECT_EQ(matched, 2u);
 }
 
 TEST(Text, Windows1252RoundTripsEveryByte) {

@@ -111,6 +111,7 @@ TEST(ReplaceText, CaseInsensitiveAndNeverRescansTheReplacement) {
       {"O'Neil's", "'", ChrW(255), "O" + ChrW(255) + "Neil" + ChrW(255) + "s"},
       {"caf\xC3\x89 caf\xC3\xA9", "\xC3\xA9", "e", "cafe cafe"},  // Latin-1 letters fold too
       {"keep", "", "y", "keep"},
+      {"1\xE2\x84\xAA = 1k", "K", "x", "1x = 1x"},  // the Kelvin sign's three bytes go whole
   };
   for (const Case& c : cases) {
     std::string text = c.text;

@@ -41,6 +41,13 @@ TEST(JetDialect, TranslatesOutsideLiteralsOnly) {
       {"select \"O'Neil\"", "select 'O''Neil'"},
       {"select \"say \"\"True\"\"\"", "select 'say \"True\"'"},
       {"select \"T\".x, T.\"y\" from T", "select \"T\".x, T.\"y\" from T"},
+      // A compared text ignores case: the engine's NOCASE for ASCII, the collation of every
+      // script beyond it; a text that is only written or selected is left alone.
+      {"select a from T where Name = 'Banks'", "select a from T where Name = 'Banks' COLLATE NOCASE"},
+      {"where N <> 'x' or M>='y'", "where N <> 'x' COLLATE NOCASE or M>='y' COLLATE NOCASE"},
+      {"where N = '\xC5\xA0koda'", "where N = '\xC5\xA0koda' COLLATE kwx_nocase"},
+      {"where N = \"O'Neil\"", "where N = 'O''Neil' COLLATE NOCASE"},
+      {"insert into T (a) select 'x'", "insert into T (a) select 'x'"},
       // Unterminated text is copied and left for the engine to refuse.
       {"select 'open True", "select 'open True"},
       {"select '\xC3\xBF', True", "select '\xC3\xBF', -1"},
@@ -58,8 +65,9 @@ TEST(JetDialect, LiftsValuesButKeepsLiteralsThatShapeTheAnswer) {
   };
   const Case cases[] = {
       {"select * from T where a = 5 and b = 'x''y' and c = True and d = #1/2/2020#",
-       "select * from T where a = ? and b = ? and c = ? and d = ?", 4},
-      {"Update T   set a=1.5, b=\"O'Neil\" Where K=7;", "Update T   set a=?, b=? Where K=?;", 3},
+       "select * from T where a = ? and b = ? COLLATE NOCASE and c = ? and d = ?", 4},
+      {"Update T   set a=1.5, b=\"O'Neil\" Where K=7;",
+       "Update T   set a=?, b=? COLLATE NOCASE Where K=?;", 3},
       {"Insert into T(a, b)     select 'v', -2e3;", "Insert into T(a, b)     select ?, -?;", 2},
       // Result columns name the row set's fields; ORDER BY 1 is a position; LIMIT a count.
       {"select 'x', 5, a+1 from T where a > 2 order by 1 limit 3",

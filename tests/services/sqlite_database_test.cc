@@ -188,6 +188,25 @@ TEST_F(DatabaseTest, DateDiffComparesStoredDatesByDay) {
   EXPECT_FALSE(Exec("select datediff('fortnight', 1, 2)"));
 }
 
+TEST_F(DatabaseTest, ComparedTextsIgnoreCaseInEveryScript) {
+  ASSERT_TRUE(Exec("insert into Industry (IndustryCode, Industry) select 0,'\xC5\xA0koda Parts'"));
+  ASSERT_TRUE(Exec("insert into Industry (IndustryCode, Industry) select 0,'Banks'"));
+  ASSERT_TRUE(Exec("Insert into Comparison (Name) select '\xCE\xA3\xCE\xAF\xCE\xB3\xCE\xBC\xCE\xB1 Picks'"));
+  const std::string found[] = {
+      "select IndustryID  from Industry where Industry='\xC5\xA1KODA parts'",  // Š / š
+      "select IndustryID  from Industry where Industry=\"bANKS\"",
+      "select ComparisonID from Comparison where Name = '\xCF\x83\xCE\xAF\xCE\xB3\xCE\xBC\xCE\xB1 PICKS'",
+  };
+  for (const std::string& sql : found) EXPECT_FALSE(Scalar(sql).IsEmpty()) << sql;
+  EXPECT_TRUE(Query("select IndustryID  from Industry where Industry='Bank'").IsEmpty());
+  // A symbol is looked up through its index even though the comparison ignores case.
+  const Variant plan = Query(
+      "explain query plan select CompanyID from Company where strSymbol = 'abc' and ExchangeID = 1");
+  ASSERT_TRUE(plan.IsArray());
+  const std::string detail = CStr(plan.AsArray()(0, plan.AsArray().UBound(2)));
+  EXPECT_NE(detail.find("INDEX Company_strSymbol_ExchangeID"), std::string::npos) << detail;
+}
+
 TEST_F(DatabaseTest, TraceWritesOneJsonLinePerStatement) {
   const std::string trace = (dir_ / "trace.jsonl").string();
   ASSERT_TRUE(db_.SetTraceFile(trace));
