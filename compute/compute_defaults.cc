@@ -66,8 +66,10 @@ float Output(const GrowthOutputs& outputs, int position) { return outputs[positi
 // A value read from a study counts as unset when it compares equal to 0; Empty does too.
 bool IsZero(const Variant& value) { return Equals(value, Variant(int32_t{0})); }
 
+// The series as the compute object reads it: indexed by fiscal year, so the lines it fits
+// carry fiscal years as their X.
 Variant YearlySeries(const Company& company, std::string_view column) {
-  return company.SeriesColumn("Yearly", column);
+  return company.YearlyByFiscalYear(column);
 }
 
 // Fills each zero field of one growth line from the outputs, one statement per field.

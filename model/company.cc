@@ -4,8 +4,10 @@
 #include <memory>
 #include <utility>
 
+#include "automation/dates.h"
 #include "automation/errors.h"
 #include "automation/safe_array.h"
+#include "common/helpers.h"
 #include "model/schema.h"
 
 namespace kwx {
@@ -126,6 +128,15 @@ void Company::SetProperty(std::string_view name, const Variant& value) {
 
 Variant Company::SeriesColumn(std::string_view table, std::string_view column) const {
   return WithSeries(*this, table, [&](const auto& rows) { return ColumnOf(rows, column); });
+}
+
+Variant Company::YearlyByFiscalYear(std::string_view column) const {
+  const FieldBinding<YearlyRow>& binding = RequireField<YearlyRow>(column);
+  const auto count = static_cast<int32_t>(Yearly.size());
+  const int32_t latest = IsValidDate(datLastFY) ? Year(datLastFY) : count - 1;
+  SafeArray values = SafeArray::Vector(latest - count + 1, latest);
+  for (int32_t i = 0; i < count; ++i) values(latest - i) = GetField(Yearly[i], binding);
+  return Variant(std::move(values));
 }
 
 void Company::SetSeriesColumn(std::string_view table, std::string_view column,

@@ -83,6 +83,11 @@ class Company : public Object {
   // SeriesColumn("Yearly", "Sales"). Names are case-insensitive; an unknown series or column
   // raises err::kNoSuchMember. An empty series answers an array with no elements.
   Variant SeriesColumn(std::string_view table, std::string_view column) const;
+  // One yearly column indexed by fiscal year, oldest first: the element at index y is the row
+  // a save stores with Year y (the year of datLastFY minus the row's place), so the upper
+  // bound is the latest fiscal year. Without a plausible datLastFY the rows are counted from 0
+  // (the oldest) instead. Raises err::kNoSuchMember for an unknown column.
+  Variant YearlyByFiscalYear(std::string_view column) const;
   // Sets row i of the column from values(LBound + i) for every i below both the series length
   // and the element count; the series length does not change. Raises err::kNoSuchMember for
   // an unknown name, err::kTypeMismatch when `values` is not an array, and a conversion's

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "automation/conversions.h"
+#include "automation/dates.h"
 #include "automation/errors.h"
 #include "automation/registry.h"
 #include "automation/services.h"
@@ -142,10 +143,14 @@ TEST(ComputeDefaults, KeepsWhatTheAnalystSetButReplacesThreeFactors) {
   c.sngCommDiv = 0.25f;
   ComputeDefaults(c, 0);
 
+  EXPECT_EQ(c.JudgmentGraph.sngFactorRev, 7) << "the analyst's revenue factor is kept";
   EXPECT_EQ(c.JudgmentGraph.sngFactorEPS, FactorOf(0));
   EXPECT_EQ(c.JudgmentGraph.sngFactorPTI, FactorOf(2));
   EXPECT_EQ(c.JudgmentGraph.sngFactorPrice52W, FactorOf(3));
+  EXPECT_EQ(c.JudgmentGraph.sngRevTrendY2, -3);
   EXPECT_EQ(c.JudgmentGraph.sngEPSProjLabel2X, 4);
+  EXPECT_EQ(c.JudgmentGraph.sngRevTrendX2, OutputOf(1, 17)) << "its unset neighbours are filled";
+  EXPECT_EQ(c.sngRevHistGrowth, 12.5f);
   EXPECT_EQ(c.sngRevProjGrRate, OutputOf(1, 4));
   EXPECT_EQ(c.sngEPSProjGrRate, 9);
   EXPECT_EQ(c.sngEPSHistGrowth, OutputOf(0, 5));
@@ -205,6 +210,38 @@ TEST(ComputeDefaults, WithoutAComputeObjectTheStudyIsUntouched) {
       << "the value object is not even tried";
 }
 
+TEST(ComputeDefaults, TheSPPlatformUsesOnlyItsOwnObjects) {
+  {
+    Doubles doubles({progid::kCompute, progid::kValue});
+    Company c;
+    c.sngACS = 1.2f;
+    c.sngCSO = 1.0f;
+    const Company before = c;
+    ComputeDefaults(c, 1);
+    EXPECT_EQ(DescribeDifferences(before, c), "") << "no fallback to the plain objects";
+    EXPECT_EQ(doubles.compute.created, std::vector<std::string>{progid::kComputeSP});
+  }
+  Doubles doubles;
+  Company c;
+  ComputeDefaults(c, 1);
+  EXPECT_EQ(doubles.compute.created,
+            (std::vector<std::string>{progid::kComputeSP, progid::kValueSP}));
+  EXPECT_EQ(c.sngCommDiv, 0.88f);
+}
+
+TEST(ComputeDefaults, WithoutAValueObjectTheGrowthLinesStand) {
+  Doubles doubles({progid::kCompute});
+  Company c;
+  c.sngACS = 1.2f;
+  c.sngCSO = 1.0f;
+  c.sngPotDilution = 20;
+  ComputeDefaults(c, 0);
+  EXPECT_EQ(c.sngRevProjGrRate, OutputOf(1, 4));
+  EXPECT_EQ(c.JudgmentGraph.sngFactorPrice52W, FactorOf(3));
+  EXPECT_EQ(c.sngCommDiv, 0);
+  EXPECT_EQ(c.sngPotDilution, 20) << "the dilution needs the value object's step";
+}
+
 TEST(ComputeDefaults, BuiltInObjectsFillAStudyGrowingTenPercent) {
   RegisterBuiltinServices();
   Company c;
@@ -219,6 +256,7 @@ TEST(ComputeDefaults, BuiltInObjectsFillAStudyGrowingTenPercent) {
   c.Yearly[0].DPS = 0.6f;
   c.sngACS = 110;
   c.sngCSO = 100;
+  c.datLastFY = DateSerial(2025, 6, 30);
   ComputeDefaults(c, 0);
 
   EXPECT_NEAR(c.sngRevHistGrowth, 10, 1e-3);
@@ -233,6 +271,11 @@ TEST(ComputeDefaults, BuiltInObjectsFillAStudyGrowingTenPercent) {
   EXPECT_NEAR(g.sngRevTrendY2, 100 * std::pow(1.1, 9) * 0.01, 1e-4);
   EXPECT_NEAR(g.sngRevProjY2, g.sngRevProjY1 * std::pow(1.1, 5), 1e-4);
   EXPECT_NEAR(g.sngEPSProjY1, 2 * std::pow(1.05, 9), 1e-4);
+  // The lines stand on the fiscal years: ten of history, five projected.
+  EXPECT_EQ(g.sngRevTrendX1, 2016);
+  EXPECT_EQ(g.sngRevTrendX2, 2025);
+  EXPECT_EQ(g.sngEPSProjLabel1X, 2025);
+  EXPECT_EQ(g.sngEPSProjLabel2X, 2030);
   EXPECT_EQ(c.sngCommDiv, 0.6f);
   EXPECT_NEAR(c.sngPotDilution, 0.1, 1e-6);
 }
