@@ -27,6 +27,7 @@
 #include "automation/conversions.h"
 #include "automation/registry.h"
 #include "automation/text.h"
+#include "bench/row_writer.h"
 #include "bench/statement_replay.h"
 #include "loader/kwx_loader.h"
 #include "model/company.h"
@@ -125,18 +126,19 @@ class LoaderSide {
   std::vector<Company> studies_;
 };
 
-// A raw connection with the settings the database object uses, its open flags included.
+// Studies per write transaction of a bulk save, as `kwx import` batches them.
+constexpr int kBatch = 50;
+
+// A raw connection with the settings a program that only stores rows would choose
+// (ApplyRawSettings), opened like the database object's, without SQLite's connection mutex.
 struct RawDb {
   explicit RawDb(const std::string& path) {
     if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
                         nullptr) != SQLITE_OK) {
       Fail("cannot open " + path);
     }
-    sqlite3_exec(db, "PRAGMA foreign_keys = ON", nullptr, nullptr, nullptr);
-    sqlite3_exec(db, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
-    sqlite3_exec(db, "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr);
-    sqlite3_busy_timeout(db, 5000);
-    // The save's day-of-averages statement compares dates with the Jet function.
+    ApplyRawSettings(db);
+    // The loads replayed compare texts the way the database object's statements do.
     sqlite_support::RegisterJetFunctions(db);
   }
   ~RawDb() { sqlite3_close_v2(db); }
@@ -162,11 +164,13 @@ class Bench {
     if (wanted("load")) Load();
     if (wanted("scale")) Scale();
     if (wanted("memory")) Memory();
+    if (import_rate_ > 0 && raw_batched_rate_ == 0) raw_batched_rate_ = SaveRaw(true, 1000);
     std::printf("\n");
     std::printf("ratio save_per_study %.2f\n", save_per_study_);
     std::printf("ratio save_batched %.2f\n", save_batched_);
     std::printf("ratio load %.2f\n", load_);
     std::printf("ratio load_scale_1k_to_100k %.2f\n", load_scale_);
+    std::printf("ratio import %.2f\n", raw_batched_rate_ > 0 ? import_rate_ / raw_batched_rate_ : 0);
   }
 
  private:
@@ -200,11 +204,10 @@ class Bench {
       Company captured = side.Study(k, std::string(kCaptureSymbol));
       side.loader().Access_Update(captured);
       if (captured.CompanyID != kCaptureCompanyID) Fail("the captured save got another ID");
-      saves_.push_back(std::make_unique<StatementReplay>());
-      for (const std::string& line : lines) {
-        const auto entry = nlohmann::json::parse(line);
-        const std::string sql = entry["sql"];
-        if (entry["ok"] && entry["rows"] > 0 && !IsQuery(sql)) saves_.back()->Add(sql);
+      saves_.push_back(std::make_unique<RowWriter>());
+      {
+        RawDb reader(path);
+        if (!saves_.back()->Capture(reader.db, kCaptureCompanyID)) Fail("cannot capture rows");
       }
       lines.clear();
       Company loaded;
@@ -217,11 +220,13 @@ class Bench {
       }
       side.db().SetTraceCallback(nullptr);
     }
-    std::printf("kwx-bench: %zu sample studies; a save writes %zu statements' rows, a load "
-                "reads %zu queries\n",
+    std::printf("kwx-bench: %zu sample studies; a save stores %zu rows, a load reads %zu "
+                "queries\n",
                 side.count(), saves_[0]->size(), loads_[0]->size());
-    std::printf("SQLite settings on both sides: journal_mode=WAL, synchronous=FULL, "
-                "foreign_keys=ON, opened without SQLite's connection mutex\n\n");
+    std::printf("raw side: the same rows by prepared inserts, journal_mode=WAL, "
+                "synchronous=FULL, foreign_keys=ON, temp_store=MEMORY, a 16 MB page cache; a "
+                "savepoint per study, %d studies per durable commit when batched\n\n",
+                kBatch);
   }
 
   static bool IsQuery(const std::string& sql) {
@@ -242,31 +247,37 @@ class Bench {
     std::printf("parse  Stream_Get (KWX, no database)   %10.0f field arrays/s\n\n", best);
   }
 
-  // Studies per second written by the loader, and by the raw replay, into fresh files.
+  // Studies per second written by the loader, and by the raw writer, into fresh files;
+  // batched, kBatch studies share each durable commit as in a bulk import.
   double SaveLoader(bool batched, int n) {
     LoaderSide side(FreshDb("save-loader.db"), texts_);
     const auto start = Clock::now();
-    if (batched) side.db().BeginTrans();
     for (int i = 0; i < n; ++i) {
+      if (batched && i % kBatch == 0) side.db().BeginTrans();
       Company c = side.Study(i, "L" + std::to_string(i));
       side.loader().Access_Update(c);
       if (c.CompanyID < 1) Fail("the loader did not save a study");
+      if (batched && (i % kBatch == kBatch - 1 || i + 1 == n)) side.db().CommitTrans();
     }
-    if (batched) side.db().CommitTrans();
     return n / Seconds(start);
+  }
+  // Fills the raw database `raw` with n studies numbered on from `first`.
+  void FillRaw(RawDb& raw, bool batched, int n, const char* prefix) {
+    for (int i = 0; i < n; ++i) {
+      if (batched && i % kBatch == 0) raw.Exec("BEGIN IMMEDIATE");
+      if (saves_[i % saves_.size()]->Save(raw.db, prefix + std::to_string(i + 1), !batched) ==
+          0) {
+        Fail(std::string("the raw save failed: ") + sqlite3_errmsg(raw.db));
+      }
+      if (batched && (i % kBatch == kBatch - 1 || i + 1 == n)) raw.Exec("COMMIT");
+    }
   }
   double SaveRaw(bool batched, int n) {
     const std::string path = FreshDb("save-raw.db");
     { LoaderSide refs(path, texts_); }
     RawDb raw(path);
     const auto start = Clock::now();
-    if (batched) raw.Exec("SAVEPOINT kwx_trans");
-    for (int i = 0; i < n; ++i) {
-      if (saves_[i % saves_.size()]->Save(raw.db, "R" + std::to_string(i), true) == 0) {
-        Fail(std::string("the raw save failed: ") + sqlite3_errmsg(raw.db));
-      }
-    }
-    if (batched) raw.Exec("RELEASE SAVEPOINT kwx_trans");
+    FillRaw(raw, batched, n, "R");
     const double rate = n / Seconds(start);
     for (auto& s : saves_) s->Reset();
     return rate;
@@ -284,6 +295,7 @@ class Bench {
       std::printf("save   %-28s loader %8.0f studies/s   raw %8.0f studies/s   (%d studies)\n",
                   batched ? "one outer transaction" : "a transaction per study", loader, raw, n);
       (batched ? save_batched_ : save_per_study_) = loader / raw;
+      if (batched) raw_batched_rate_ = raw;
     }
     std::printf("\n");
   }
@@ -397,13 +409,7 @@ class Bench {
     auto fill = Clock::now();
     {
       RawDb raw(small_path);
-      raw.Exec("SAVEPOINT kwx_trans");
-      for (int i = 1; i <= sizes_.scale_small; ++i) {
-        if (saves_[(i - 1) % saves_.size()]->Save(raw.db, "S" + std::to_string(i), true) != i) {
-          Fail("the scale database did not fill");
-        }
-      }
-      raw.Exec("RELEASE SAVEPOINT kwx_trans");
+      FillRaw(raw, true, sizes_.scale_small, "S");
       raw.Exec("PRAGMA wal_checkpoint(TRUNCATE)");
       for (auto& s : saves_) s->Reset();
     }
@@ -489,8 +495,10 @@ class Bench {
   void Memory() {
     const auto small = Import(sizes_.import_small);
     const auto large = Import(sizes_.import_large);
-    std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s)\n", sizes_.import_small,
-                small.first / 1024.0, small.second);
+    std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s, %.0f files/s)\n",
+                sizes_.import_small, small.first / 1024.0, small.second,
+                sizes_.import_small / small.second);
+    import_rate_ = sizes_.import_small / small.second;
     std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s)\n", sizes_.import_large,
                 large.first / 1024.0, large.second);
   }
@@ -498,9 +506,10 @@ class Bench {
   Sizes sizes_;
   fs::path dir_;
   std::vector<std::string> texts_;
-  std::vector<std::unique_ptr<StatementReplay>> saves_;
+  std::vector<std::unique_ptr<RowWriter>> saves_;
   std::vector<std::unique_ptr<StatementReplay>> loads_;
   double save_per_study_ = 0, save_batched_ = 0, load_ = 0, load_scale_ = 0;
+  double raw_batched_rate_ = 0, import_rate_ = 0;
 };
 
 }  // namespace

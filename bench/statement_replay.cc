@@ -53,37 +53,6 @@ bool StatementReplay::Bind(sqlite3_stmt* stmt, const std::vector<SqlParameter>& 
   return true;
 }
 
-int64_t StatementReplay::Save(sqlite3* db, std::string_view symbol, bool own_transaction) {
-  // The same savepoint statements the database object runs for a transaction level.
-  sqlite3_stmt* begin = Compiled(db, "SAVEPOINT kwx_trans");
-  sqlite3_stmt* commit = Compiled(db, "RELEASE SAVEPOINT kwx_trans");
-  if (own_transaction) {
-    sqlite3_step(begin);
-    sqlite3_reset(begin);
-  }
-  int64_t id = 0;
-  bool ok = true;
-  for (const ParameterizedSql& step : steps_) {
-    sqlite3_stmt* stmt = Compiled(db, step.shape);
-    if (stmt == nullptr) {
-      std::fprintf(stderr, "cannot compile: %s\n", step.shape.c_str());
-      ok = false;
-      break;
-    }
-    ok = Bind(stmt, step.values, id, symbol) && sqlite3_step(stmt) == SQLITE_DONE;
-    sqlite3_reset(stmt);
-    sqlite3_clear_bindings(stmt);
-    if (!ok) break;
-    if (id == 0) id = sqlite3_last_insert_rowid(db);
-  }
-  if (own_transaction) {
-    if (!ok) sqlite3_exec(db, "ROLLBACK TO SAVEPOINT kwx_trans", nullptr, nullptr, nullptr);
-    sqlite3_step(commit);
-    sqlite3_reset(commit);
-  }
-  return ok ? id : 0;
-}
-
 int64_t StatementReplay::Load(sqlite3* db, int64_t id) {
   int64_t values = 0;
   std::string text;

@@ -1,5 +1,5 @@
-// The raw side of the benchmark: the rows a save or a load of one study touches, replayed by
-// direct SQLite calls on statements compiled once, with nothing of the loader in between.
+// The raw side of the load benchmark: the queries a load of one study runs, replayed by direct
+// SQLite calls on statements compiled once, with nothing of the loader in between.
 #ifndef KWX_BENCH_STATEMENT_REPLAY_H_
 #define KWX_BENCH_STATEMENT_REPLAY_H_
 
@@ -24,14 +24,10 @@ inline constexpr std::string_view kCaptureSymbol = "CAPSYM";
 // One study's statements as the loader ran them, split into compiled-once shapes and values.
 class StatementReplay {
  public:
-  // Adds a statement the loader ran (its text as traced). A save keeps only the statements
-  // that changed rows; a load only the queries.
+  // Adds a query the loader ran (its text as traced).
   void Add(const std::string& jet_sql);
   size_t size() const noexcept { return steps_.size(); }
 
-  // Writes one study on `db` under the savepoint the database object uses, the first insert
-  // giving the company ID. Answers the new company ID, or 0 when a step failed.
-  int64_t Save(sqlite3* db, std::string_view symbol, bool own_transaction);
   // Reads every row the load of company `id` reads, into plain values. Answers the number of
   // values read, or -1 when a step failed.
   int64_t Load(sqlite3* db, int64_t id);

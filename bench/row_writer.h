@@ -1,0 +1,52 @@
+// The raw limit of a save: the rows the loader stored for one study, written again by direct
+// SQLite calls with nothing of the loader in between, the way a program written only to store
+// those rows as fast as SQLite allows would write them.
+#ifndef KWX_BENCH_ROW_WRITER_H_
+#define KWX_BENCH_ROW_WRITER_H_
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kwx::bench {
+
+// One study's stored rows, taken from a database the loader saved it in, with one insert per
+// table compiled once per connection. Keys the database assigns are left to it; the company's
+// own ID and symbol are replaced by the new study's.
+class RowWriter {
+ public:
+  // Takes every row of company `id` in `source` (the tables holding a CompanyID column) and
+  // the market-averages row its save touched. False when a table cannot be read.
+  bool Capture(sqlite3* source, int64_t id);
+  // Rows written per study.
+  size_t size() const noexcept;
+
+  // Writes the study once more on `db` as a new company with `symbol`, inside a savepoint of
+  // its own (the study is atomic inside a batch), or, with `own_transaction`, inside a write
+  // transaction of its own that commits. Answers the new company ID, 0 on failure.
+  int64_t Save(sqlite3* db, std::string_view symbol, bool own_transaction);
+
+  // Finalizes the compiled statements (before their connection is closed).
+  void Reset() noexcept;
+  RowWriter();
+  ~RowWriter();
+
+ private:
+  struct Table;
+  std::vector<std::unique_ptr<Table>> tables_;  // Company first
+  std::vector<sqlite3_stmt*> compiled_;         // transaction control, reset with the tables
+  sqlite3* compiled_on_ = nullptr;
+};
+
+// The settings a program that only stores rows would choose for the same guarantees (every
+// committed transaction durable, foreign keys enforced): WAL with synchronous=FULL, statement
+// journals and temporary tables in memory, and a page cache that holds a batch.
+void ApplyRawSettings(sqlite3* db);
+
+}  // namespace kwx::bench
+
+#endif  // KWX_BENCH_ROW_WRITER_H_
