@@ -12,6 +12,7 @@
 #include "automation/format.h"
 #include "automation/safe_array.h"
 #include "common/helpers.h"
+#include "export/field_text.h"
 #include "import/ssg_layout_internal.h"
 
 namespace kwx {
@@ -28,18 +29,17 @@ std::string FieldText(const Variant& value) {
   std::string text;
   ResumeNext([&] {
     if (value.type() == VarType::Date) {
-      text = FormatDate(value.AsDate(), "Short Date");
+      // The time of day, when there is one, follows the date.
+      text = FormatDate(value.AsDate(), "General Date");
+    } else if (value.type() == VarType::Single) {
+      text = ShortestSingleText(value.AsSingle());
     } else if (value.IsArray()) {
       text = FlagsText(value.AsArray());
     } else {
       text = CStr(value);
     }
   });
-  // A line break inside a text would move every later field down a line.
-  ReplaceText(text, "\r\n", " ");
-  ReplaceText(text, "\r", " ");
-  ReplaceText(text, "\n", " ");
-  return text;
+  return OneLineText(text);
 }
 
 const Object* JudgmentGroup(const Company& company, std::string_view group) {

@@ -53,6 +53,9 @@ Variant Converted(const Variant& field, Conversion conversion) {
       return Variant(Val(CStr(field)));
     case Conversion::kText:
       return Variant(CStr(field));
+    case Conversion::kFlags:
+      // A list whatever the property's type, so a list held as a variant stays a list.
+      return FlagsFrom(Variant(CStr(field)));
     case Conversion::kWhole:
     case Conversion::kDate:
       break;

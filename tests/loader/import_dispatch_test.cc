@@ -188,6 +188,18 @@ TEST(ImportDispatch, KwxExportThenImportGivesBackEveryCarriedField) {
   Company streamed;
   loader.Stream_Get(Windows1252ToUtf8(ReadFile(path)), streamed, idKWX);
   EXPECT_EQ(DescribeDifferences(original, streamed), "");
+
+  // A line break inside any text is written as one character 254, the notes' mark, so no
+  // later field, option or PERT row moves; outside the notes the mark reads back as itself.
+  Company broken = original;
+  broken.JudgmentStockReport.strSSR1a = "first\r\nsecond";
+  broken.strName = "Acme\rHoldings\n";
+  ASSERT_TRUE(loader.KWX_Update(broken, path));
+  Company broken_back;
+  loader.KWX_Get(path, broken_back);
+  broken.JudgmentStockReport.strSSR1a = "first\xC3\xBEsecond";
+  broken.strName = "Acme\xC3\xBEHoldings";
+  EXPECT_EQ(DescribeDifferences(broken, broken_back), "");
 }
 
 TEST(ImportDispatch, ImportSaveLoadAndExportGivesTheSameFile) {
