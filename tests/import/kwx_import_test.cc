@@ -87,6 +87,9 @@ TEST(KwxImport, LatestMonthlyDateAndPmgYearFollowTheLastFiscalYear) {
       {"Mar/31/2005", "", "", DateSerial(2005, 12, 31), 2006},
       {"Mar/31/2005", "Feb/15/2007", "2004", DateSerial(2007, 2, 15), 2006},
       {"Mar/31/2005", "not a date", "2010", DateSerial(2005, 12, 31), 2010},
+      // A number no 16-bit year holds gives the year after the last fiscal year.
+      {"Mar/31/2005", "", "99999", DateSerial(2005, 12, 31), 2006},
+      {"Mar/31/2005", "", "-99999", DateSerial(2005, 12, 31), 2006},
   };
   for (const Case& c : cases) {
     Company company;
@@ -137,6 +140,14 @@ TEST(KwxImport, DatesNotesAndTheValueAt101) {
   EXPECT_EQ(company.sngKWXExtra, 3.25f);
   EXPECT_EQ(company.DataSourceID, "Feed");
   EXPECT_EQ(company.SectorID, "Energy");
+
+  // A number a single cannot hold is refused: the property keeps its value.
+  Company huge;
+  huge.sngKWXExtra = 1.5f;
+  huge.sngCurPrice = 2.5f;
+  Import(huge, Fields({{101, "1e39"}, {13, "-4e38"}}));
+  EXPECT_EQ(huge.sngKWXExtra, 1.5f);
+  EXPECT_EQ(huge.sngCurPrice, 2.5f);
 
   Company created;
   Import(created, Fields({{1, "Nov/22/2026"}, {106, "Jan/05/2001"}}));

@@ -141,6 +141,26 @@ TEST(ImportDispatch, StreamLineEndsAndFormats) {
   EXPECT_EQ(as_kwx.IndustryID, "Tools");
 }
 
+// A reused Company comes out of either import with exactly a file's series lengths.
+TEST(ImportDispatch, ImportGivesExactlyTheSeriesLengthsOfAFile) {
+  std::string ssg_text;
+  for (int i = 0; i < 942; ++i) ssg_text += "1\r\n";
+  kwxLoader loader;
+  for (const auto& [text, format] : {std::pair{ssg_text, idSSG},
+                                     std::pair{KwxText({{4, "ACM"}}, "\r\n"), idKWX}}) {
+    Company company;
+    company.Yearly.resize(12);
+    company.Quarterly.resize(3);
+    company.Monthly.resize(80);
+    company.JudgmentPMG.resize(7);
+    loader.Stream_Get(text, company, format);
+    EXPECT_EQ(company.Yearly.size(), 10u) << format;
+    EXPECT_EQ(company.Quarterly.size(), 36u) << format;
+    EXPECT_EQ(company.Monthly.size(), 72u) << format;
+    EXPECT_EQ(company.JudgmentPMG.size(), 5u) << format;
+  }
+}
+
 TEST(ImportDispatch, DilutionIsRecomputedOnEveryImport) {
   struct Case {
     float acs, cso, dilution;
