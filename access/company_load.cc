@@ -205,8 +205,7 @@ void ParseCompany(const StoreContext& store, const RowSet& rows, Company& compan
 
     // The PMG year is never after the year following the last fiscal year. A stored number no
     // 16-bit year can hold counts as no year, like a stored text, and does not stop the load.
-    const int16_t year_after_fy =
-        static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
+    const int16_t year_after_fy = static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
     const Variant& pmg_fy = reader.Value(kPmgFy, 0);
     std::optional<int16_t> stored;
     if (IsNumeric(pmg_fy)) ResumeNext([&] { stored = CInt(pmg_fy); });

@@ -285,8 +285,7 @@ inline constexpr JudgmentField kJudgmentLayout[] = {
     // The struck-out years of the study graph.
     {306, "JudgmentGraph", "strYearStrike", Conversion::kFlags, JudgmentUse::kBoth},
     // The struck-out tax-rate items of the preferred procedure.
-    {307, "JudgmentPrefProc", "strPrefProcStrikeTaxRate", Conversion::kFlags,
-     JudgmentUse::kBoth},
+    {307, "JudgmentPrefProc", "strPrefProcStrikeTaxRate", Conversion::kFlags, JudgmentUse::kBoth},
     {308, "JudgmentAssessment", "vntStrikePEHigh", Conversion::kFlags, JudgmentUse::kSPOnly},
     {309, "JudgmentAssessment", "vntStrikePELow", Conversion::kFlags, JudgmentUse::kSPOnly},
     // The analysis lists the database does not keep.

@@ -89,7 +89,8 @@ TEST(SsgExport, WritesTextsAtTheirPositions) {
     const char* text;
   } cases[] = {
       {90, "41.37"},       {92, "0.88"},     {93, "2024"},         {235, "Larchmont Rail Systems"},
-      {239, "11/8/2024 3:04:05 PM"},  {255, "6/30/2024"}, {231, "6"},         {254, "9/30/2024"},
+      {239, "11/8/2024 3:04:05 PM"},         {255, "6/30/2024"},
+      {231, "6"},          {254, "9/30/2024"},
       {269, "9/30"},       {270, "2024"},    {353, "2.1"},         {128, "2.1"},
       {243, "Railroad Equipment"},           {278, "Railroad Equipment"},
       {9, "45.5"},         {0, "36.5"},      {540, "400 Quay Street\xC3\xBESuite 9"},
@@ -166,8 +167,9 @@ TEST(SsgExport, RoundTripsEveryMappedValue) {
     EXPECT_TRUE(original.JudgmentPrefProc.strPrefProcStrikeTaxRate.SameAs(
         back.JudgmentPrefProc.strPrefProcStrikeTaxRate));
     EXPECT_TRUE(original.JudgmentGraph.strYearStrike.SameAs(back.JudgmentGraph.strYearStrike));
-    EXPECT_EQ(back.JudgmentAssessment.vntStrikePELow.SameAs(original.JudgmentAssessment.vntStrikePELow),
-              platform == 1);
+    EXPECT_EQ(
+        back.JudgmentAssessment.vntStrikePELow.SameAs(original.JudgmentAssessment.vntStrikePELow),
+        platform == 1);
     EXPECT_EQ(differences, "") << "platform " << platform;
     // The reader's derived values follow from the written ones.
     EXPECT_EQ(back.intLatestPMGFY, 2025);

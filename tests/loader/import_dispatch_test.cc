@@ -146,8 +146,8 @@ TEST(ImportDispatch, ImportGivesExactlyTheSeriesLengthsOfAFile) {
   std::string ssg_text;
   for (int i = 0; i < 942; ++i) ssg_text += "1\r\n";
   kwxLoader loader;
-  for (const auto& [text, format] : {std::pair{ssg_text, idSSG},
-                                     std::pair{KwxText({{4, "ACM"}}, "\r\n"), idKWX}}) {
+  for (const auto& [text, format] :
+       {std::pair{ssg_text, idSSG}, std::pair{KwxText({{4, "ACM"}}, "\r\n"), idKWX}}) {
     Company company;
     company.Yearly.resize(12);
     company.Quarterly.resize(3);
