@@ -39,7 +39,7 @@ std::string FieldText(const Variant& value) {
       text = CStr(value);
     }
   });
-  return OneLineText(text);
+  return text;
 }
 
 const Object* JudgmentGroup(const Company& company, std::string_view group) {
@@ -55,7 +55,10 @@ class FieldWriter {
   FieldWriter() : fields_(SafeArray::Vector(0, ssg::kFieldCount - 1)) {
     for (Variant& field : fields_.elements()) field = Variant(std::string());
   }
-  void Put(int16_t position, std::string text) { fields_(position) = Variant(std::move(text)); }
+  // Every field is one line, whatever text reaches it.
+  void Put(int16_t position, const std::string& text) {
+    fields_(position) = Variant(OneLineText(text));
+  }
   void Put(int16_t position, const Variant& value) { Put(position, FieldText(value)); }
   Variant Take() { return Variant(std::move(fields_)); }
 

@@ -80,6 +80,7 @@ Company FilledStudy() {
 TEST(SsgExport, WritesTextsAtTheirPositions) {
   Company c = FilledStudy();
   c.strAddress1 = "400 Quay Street\r\nSuite 9";
+  c.IndustryID = "Railroad\r\nEquipment";
   Variant fields = BuildSsgFields(c);
   ASSERT_TRUE(fields.IsArray());
   EXPECT_EQ(fields.AsArray().LBound(), 0);
@@ -92,7 +93,7 @@ TEST(SsgExport, WritesTextsAtTheirPositions) {
       {239, "11/8/2024 3:04:05 PM"},         {255, "6/30/2024"},
       {231, "6"},          {254, "9/30/2024"},
       {269, "9/30"},       {270, "2024"},    {353, "2.1"},         {128, "2.1"},
-      {243, "Railroad Equipment"},           {278, "Railroad Equipment"},
+      {243, "Railroad\xC3\xBE" "Equipment"}, {278, "Railroad\xC3\xBE" "Equipment"},
       {9, "45.5"},         {0, "36.5"},      {540, "400 Quay Street\xC3\xBESuite 9"},
       {306, "0010000000"}, {307, "00101"},   {310, "10000"},       {311, "01100"},
       {312, "00010"},      {313, "11111"},   {314, "00001"},       {105, ""},        {399, ""},            {941, "41"}, {940, "40.87"},

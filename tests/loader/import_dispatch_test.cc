@@ -139,6 +139,15 @@ TEST(ImportDispatch, StreamLineEndsAndFormats) {
   Company as_kwx;
   loader.Stream_Get(KwxText(lines, "\r\n"), as_kwx, idKWX);
   EXPECT_EQ(as_kwx.IndustryID, "Tools");
+
+  // A file gives the positions a stream of its text gives, a lone LF inside a field included.
+  TempDir dir;
+  const std::string text = KwxText({{3, "Acme\nCorp"}, {4, "ACM"}, {12, "Tools"}}, "\r\n");
+  Company from_file, from_stream;
+  loader.KWX_Get(testing::WriteFile(dir.File("lf.kwx"), text), from_file);
+  loader.Stream_Get(text, from_stream, idKWX);
+  EXPECT_EQ(from_file.strSymbol, "ACM");
+  EXPECT_EQ(DescribeDifferences(from_file, from_stream), "");
 }
 
 // A reused Company comes out of either import with exactly a file's series lengths.
