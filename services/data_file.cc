@@ -30,6 +30,32 @@ bool ReadWholeFile(const std::string& path, std::string& bytes) {
   return !in.bad();
 }
 
+// `text` as valid UTF-8: a byte that begins no valid UTF-8 character is read as the
+// Windows-1252 character it is. A study can hold such bytes from a code-page file an older
+// version imported undecoded; written as they are, they would make the reader take the whole
+// file for the code page.
+std::string AsValidUtf8(std::string_view text) {
+  if (IsValidUtf8(text)) return std::string(text);
+  std::string out;
+  size_t i = 0;
+  while (i < text.size()) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const size_t length = lead < 0x80           ? 1
+                          : (lead >> 5) == 0x06 ? 2
+                          : (lead >> 4) == 0x0E ? 3
+                          : (lead >> 3) == 0x1E ? 4
+                                                : 0;
+    if (length > 0 && i + length <= text.size() && IsValidUtf8(text.substr(i, length))) {
+      out.append(text.substr(i, length));
+      i += length;
+    } else {
+      out += Windows1252ToUtf8(text.substr(i, 1));
+      ++i;
+    }
+  }
+  return out;
+}
+
 // The bytes `text` is written as: the code page when every character has a byte there and the
 // reader would decode those bytes back to the same text. Code-page bytes can happen to form
 // valid UTF-8 ("CAF\xC9\xAE" reads as "CAF" U+026E), which the reader would take as UTF-8.
@@ -100,7 +126,7 @@ bool DataFile::blnExport(std::string& path, Variant& fields) {
     text += line;
     text += "\r\n";
   }
-  const std::string bytes = EncodeText(text);
+  const std::string bytes = EncodeText(AsValidUtf8(text));
 
   const std::filesystem::path target(path);
   std::error_code ec;

@@ -19,14 +19,15 @@ class DataFile : public IDataFile {
   Variant vntImportB(std::string& path) override;
 
   // Writes every element of the one-dimensional array `fields` as one line ended by CR LF, as
-  // Windows-1252 when every character has a byte there and those bytes decode back to the same
-  // text (DecodeDataFileBytes), else as UTF-8 with a byte-order mark. An element holding a CR
-  // or LF would move every later field and is refused (the field builders write line breaks
-  // in a form a line can carry).
-  // The text goes to a temporary file in the target's folder that is then renamed onto
-  // `path`, so an existing file is replaced whole or not at all. Answers false, leaving any
-  // existing file unchanged, when `fields` is not an array, an element has no text, or the
-  // file cannot be written or moved into place.
+  // Windows-1252 when every character has a byte there and those bytes decode back to the
+  // same text (DecodeDataFileBytes), else as UTF-8 with a byte-order mark. A byte that begins
+  // no valid UTF-8 character is written as the Windows-1252 character it is. An element
+  // holding a CR or LF would move every later field and is refused (the field builders write
+  // line breaks in a form a line can carry). The text goes to a temporary file in the
+  // target's folder that is then renamed onto `path`, so an existing file is replaced whole
+  // or not at all. Answers false, leaving any existing file unchanged, when `fields` is not
+  // an array, an element has no text or holds a line break, or the file cannot be written or
+  // moved into place.
   bool blnExport(std::string& path, Variant& fields) override;
 };
 

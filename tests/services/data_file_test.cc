@@ -94,6 +94,13 @@ TEST_F(DataFileTest, WritesCrLfInTheNarrowestEncodingAndReadsItBack) {
     Variant back = file_.vntImportB(path);
     EXPECT_EQ(Texts(back), Texts(fields)) << c.what;
   }
+  // A stray code-page byte a study may hold is written as that character; the rest of the
+  // file still reads as it was.
+  std::string path = (dir_ / "out.kwx").string();
+  Variant stray = testing::Array({Variant("1.01"), Variant("a\xFE" "b")});
+  ASSERT_TRUE(file_.blnExport(path, stray));
+  EXPECT_EQ(ReadFile(path), "1.01\r\na\xFE" "b\r\n");
+  EXPECT_EQ(Texts(file_.vntImportB(path)), (std::vector<std::string>{"1.01", "a\xC3\xBE" "b"}));
   // Only the target itself is left behind: no temporary file.
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_),
                           std::filesystem::directory_iterator()),
