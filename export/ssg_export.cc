@@ -2,6 +2,7 @@
 // which lists every position), so what one writes the other reads back.
 #include "export/ssg_export.h"
 
+#include <cmath>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,12 +26,21 @@ std::string FlagsText(const SafeArray& flags) {
   return text;
 }
 
+// A date as "M/d/yyyy", followed by its time of day when it has one (to the second).
+std::string DateText(Date date) {
+  const std::string day = FormatDate(date, "Short Date");
+  const double seconds = std::round(std::fabs(date.serial - std::trunc(date.serial)) * 86400);
+  if (seconds == 0 || seconds == 86400) return day;
+  // The general form gives the time alone on day 0, the date and the time on other days.
+  const std::string general = FormatDate(date, "General Date");
+  return general.starts_with(day) ? general : day + " " + general;
+}
+
 std::string FieldText(const Variant& value) {
   std::string text;
   ResumeNext([&] {
     if (value.type() == VarType::Date) {
-      // The time of day, when there is one, follows the date.
-      text = FormatDate(value.AsDate(), "General Date");
+      text = DateText(value.AsDate());
     } else if (value.type() == VarType::Single) {
       text = ShortestSingleText(value.AsSingle());
     } else if (value.IsArray()) {

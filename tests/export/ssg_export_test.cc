@@ -107,10 +107,14 @@ TEST(SsgExport, NoYearEndMonthWithoutAYearEnd) {
   Company c;
   Variant fields = BuildSsgFields(c);
   EXPECT_EQ(FieldAt(fields, 231), "");
+  // An unset date is written as the day it is, which reads back.
+  EXPECT_EQ(FieldAt(fields, 239), "12/30/1899");
   Company back;
   back.intLastFY = 2020;
+  back.datDataUpdated = DateSerial(2020, 1, 1);
   MapSsgFields(back, fields, 0);
   EXPECT_EQ(back.datLastFY, c.datLastFY);
+  EXPECT_EQ(back.datDataUpdated, c.datDataUpdated);
 }
 
 // Every value the reader maps comes back from what the writer wrote.
