@@ -13,10 +13,12 @@ namespace {
 constexpr int32_t kSsg = 0;
 constexpr int32_t kKwx = 1;
 
+// The text at `position` as the mappings address it; "" past the array's bounds or when the
+// element has no text.
 std::string TextAt(const SafeArray& fields, int16_t position) {
   std::string text;
-  if (position < fields.LBound() + fields.Count()) {
-    ResumeNext([&] { text = CStr(fields(fields.LBound() + position)); });
+  if (position >= fields.LBound() && position < fields.LBound() + fields.Count()) {
+    ResumeNext([&] { text = CStr(fields(position)); });
   }
   return text;
 }
