@@ -34,6 +34,10 @@ bool IsDatePosition(const KwxField& f) {
 
 bool LooksLikeKwx(const SafeArray& fields) {
   if (Val(TextAt(fields, 0)) == 0) return false;
+  const int32_t end = fields.LBound() + fields.Count();
+  for (int32_t p = kKwxLastPosition + 1; p < end && p <= INT16_MAX; ++p) {
+    if (!TextAt(fields, static_cast<int16_t>(p)).empty()) return false;
+  }
   for (const KwxField& f : kKwxCompanyLayout) {
     const std::string text = TextAt(fields, f.position);
     if (IsDatePosition(f) && IsNumeric(Variant(text))) return false;

@@ -13,7 +13,8 @@ namespace kwx {
 // Whether `fields` has the shape of the layout `format` (0 SSG, 1 KWX: the loader's
 // enumDataFile). The tests rest on what each layout carries at the KWX series positions (the
 // yearly, quarterly and monthly lists, 124 to 156), where an SSG file has single numbers:
-//  - KWX: position 0 is a layout version (a leading number other than 0); the date positions
+//  - KWX: position 0 is a layout version (a leading number other than 0); no position after
+//    371, the last the layout has, holds text (an SSG file has 942 lines); the date positions
 //    of the company record (1, 5, 6, 9, 106) hold no plain number (in an SSG file they are
 //    prices); every series position that holds text holds a tab-separated list.
 //  - SSG: no KWX series position holds a tab.

@@ -9,6 +9,7 @@
 #include "automation/dates.h"
 #include "automation/safe_array.h"
 #include "automation/text.h"
+#include "import/layout_check.h"
 #include "model/company.h"
 
 namespace kwx {
@@ -196,6 +197,37 @@ TEST(KwxImport, AShortArrayStoresWhatItHas) {
   EXPECT_EQ(company.strCode, "C1");
   EXPECT_EQ(company.strName, "Name");
   EXPECT_EQ(company.strSymbol, "KEEP");
+}
+
+TEST(KwxImport, FieldsHaveLayoutTellsTheLayoutsApart) {
+  auto array = [](int32_t last, std::vector<std::pair<int16_t, std::string>> set) {
+    SafeArray a = SafeArray::Vector(0, last);
+    for (int32_t i = 0; i <= last; ++i) a(i) = Variant("");
+    for (auto& [pos, text] : set) a(pos) = Variant(text);
+    return Variant(std::move(a));
+  };
+  SafeArray prices = SafeArray::Vector(0, 941);
+  for (int32_t i = 0; i <= 941; ++i) prices(i) = Variant("12.5");
+  struct Case {
+    const char* what;
+    Variant fields;
+    bool kwx, ssg;
+  };
+  const Case cases[] = {
+      {"KWX", Fields({{6, "Jun/30/2005"}, {144, "1\t2"}, {124, "3\t4"}}), true, false},
+      {"KWX without lists", Fields({{3, "Acme"}}), true, true},
+      {"SSG", Variant(prices), false, true},
+      {"a price at a date position", Fields({{1, "12.5"}}), false, true},
+      {"one number at a list position", Fields({{144, "12.5"}}), false, true},
+      {"version 0", Fields({}, "0"), false, true},
+      {"text after 371", array(400, {{0, "1.01"}, {400, "Energy"}}), false, true},
+      {"not an array", Variant("1.01"), false, false},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(FieldsHaveLayout(c.fields, 1), c.kwx) << c.what;
+    EXPECT_EQ(FieldsHaveLayout(c.fields, 0), c.ssg) << c.what;
+    EXPECT_FALSE(FieldsHaveLayout(c.fields, 2)) << c.what;
+  }
 }
 
 }  // namespace
