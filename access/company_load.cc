@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "access/sql_text.h"
 #include "automation/conversions.h"
 #include "automation/dates.h"
+#include "automation/errors.h"
 #include "automation/text.h"
 #include "common/helpers.h"
 #include "model/fiscal_dates.h"
@@ -159,12 +161,14 @@ void SetText(Rec& rec, const FieldBinding<Rec>& binding, const Variant& stored) 
   }
 }
 
-// Sets every column of `rec` the platform uses from row `row` (0 for the first).
+// Sets every column of `rec` the platform uses from row `row` (0 for the first), except the
+// column at binding index `derived`, which the caller completes from its stored value itself.
 template <class Rec>
-void MapRow(Rec& rec, const RowReader<Rec>& reader, int32_t row) {
+void MapRow(Rec& rec, const RowReader<Rec>& reader, int32_t row,
+            size_t derived = static_cast<size_t>(-1)) {
   size_t k = 0;
   for (const auto& binding : Rec::Bindings()) {
-    if (!reader.Reads(k)) {
+    if (!reader.Reads(k) || k == derived) {
       ++k;
       continue;
     }
@@ -195,15 +199,17 @@ void ParseCompany(const StoreContext& store, const RowSet& rows, Company& compan
     const Variant id = FieldValue(Company::Table().key, rows.fields, rows.data, 0);
     if (!id.IsNull()) company.CompanyID = CLng(id);
     const RowReader<Company> reader(rows, store.sp());
-    MapRow(company, reader, 0);
-
-    const int16_t year_after_fy =
-        static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
     static const size_t kPmgFy = static_cast<size_t>(
         FindField(Company::Bindings(), "intLatestPMGFY") - Company::Bindings().data());
+    MapRow(company, reader, 0, kPmgFy);
+
+    // The PMG year is never after the year following the last fiscal year. A stored number no
+    // 16-bit year can hold counts as no year, like a stored text, and does not stop the load.
+    const int16_t year_after_fy = static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
     const Variant& pmg_fy = reader.Value(kPmgFy, 0);
-    company.intLatestPMGFY =
-        IsNumeric(pmg_fy) ? std::min(CInt(pmg_fy), year_after_fy) : year_after_fy;
+    std::optional<int16_t> stored;
+    if (IsNumeric(pmg_fy)) ResumeNext([&] { stored = CInt(pmg_fy); });
+    company.intLatestPMGFY = stored ? std::min(*stored, year_after_fy) : year_after_fy;
 
     // The same derivation the KWX import uses when a file carries no month.
     if (!IsValidDate(company.datLatestMData)) {

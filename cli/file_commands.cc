@@ -16,7 +16,9 @@
 #include "cli/context.h"
 #include "cli/progress.h"
 #include "cli/study_lookup.h"
+#include "import/layout_check.h"
 #include "model/company.h"
+#include "services/data_file.h"
 
 namespace kwx::cli {
 namespace {
@@ -38,13 +40,35 @@ enumDataFile FormatOf(const std::string& path, const std::string& forced) {
   throw CommandError("cannot tell the layout of '" + path + "' (use --format ssg|kwx)", 2);
 }
 
+// The field array `path` (or standard input, whose text is kept in `stream`) gives: the
+// reader's for a file, the stream's split of the decoded text for standard input, which is
+// decoded and split as a file is.
+Variant FieldsOf(Context& ctx, kwxLoader& loader, const std::string& path, std::string& stream) {
+  if (path == kStandardInput) {
+    const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
+    stream = StreamTextOfDataFile(bytes);
+    return SplitStreamFields(stream);
+  }
+  if (!loader.reader()) return Variant();
+  std::string name = path;
+  return loader.reader()->vntImportB(name);
+}
+
 // Reads one study from `path` (or standard input) into `company`. The loader is silent about
-// files it cannot read, so a study without a symbol counts as nothing imported.
+// files it cannot read, so a study without a symbol counts as nothing imported. A file whose
+// fields have the other layout is refused before anything is mapped, with the reason written
+// to `err`.
 bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
                Company& company) {
+  std::string stream;
+  const Variant fields = FieldsOf(ctx, loader, path, stream);
+  if (fields.IsArray() && !FieldsHaveLayout(fields, format)) {
+    *ctx.err << "kwx: '" << path << "' does not have the " << LayoutName(format)
+             << " layout (is --format right?)\n";
+    return false;
+  }
   if (path == kStandardInput) {
-    std::string text(std::istreambuf_iterator<char>(*ctx.in), {});
-    loader.Stream_Get(text, company, format);
+    loader.Stream_Get(stream, company, format);
   } else if (format == idKWX) {
     loader.KWX_Get(path, company);
   } else {

@@ -10,6 +10,7 @@
 #include "automation/safe_array.h"
 #include "automation/text.h"
 #include "common/helpers.h"
+#include "export/field_text.h"
 #include "import/kwx_layout.h"
 
 namespace kwx {
@@ -17,8 +18,6 @@ namespace {
 
 constexpr std::string_view kTab = "\t";
 constexpr std::string_view kDateFormat = "MMM/DD/YYYY";
-// The character that stands for a line break inside the notes position.
-constexpr uint32_t kNoteBreak = 254;
 
 // The element type codes of the list joiner.
 constexpr int32_t kJoinIntegers = 2;
@@ -34,21 +33,6 @@ std::string JoinAll(const Variant& list, int32_t type_code) {
 
 std::string CheckedDateText(Date date) {
   return IsValidDate(date) ? FormatDate(date, kDateFormat) : std::string();
-}
-
-// A line break is a carriage return with or without a line feed; a lone line feed is lost.
-std::string NotesToField(const std::string& notes) {
-  const std::string mark = ChrW(kNoteBreak);
-  std::string out;
-  for (char c : notes) {
-    if (c == '\n') continue;
-    if (c == '\r') {
-      out += mark;
-    } else {
-      out += c;
-    }
-  }
-  return out;
 }
 
 std::string PertRowsText(const Company& company) {
@@ -108,7 +92,7 @@ std::string FieldText(const KwxField& f, const Company& company) {
     case KwxKind::kPMGYear:
       return CStr(Variant(company.intLatestPMGFY));
     case KwxKind::kNotes:
-      return NotesToField(company.Notes);
+      return company.Notes;
     case KwxKind::kExtra:
       return CStr(Variant(company.sngKWXExtra));
     case KwxKind::kPertCount:
@@ -122,7 +106,8 @@ std::string FieldText(const KwxField& f, const Company& company) {
 template <size_t N>
 void BuildPositions(const KwxField (&layout)[N], const Company& company, SafeArray& fields) {
   for (const KwxField& f : layout) {
-    ResumeNext([&] { fields(f.position) = Variant(FieldText(f, company)); });
+    // No text may break its line (the notes' line breaks included).
+    ResumeNext([&] { fields(f.position) = Variant(OneLineText(FieldText(f, company))); });
   }
 }
 

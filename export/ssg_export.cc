@@ -2,6 +2,7 @@
 // which lists every position), so what one writes the other reads back.
 #include "export/ssg_export.h"
 
+#include <cmath>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,6 +13,7 @@
 #include "automation/format.h"
 #include "automation/safe_array.h"
 #include "common/helpers.h"
+#include "export/field_text.h"
 #include "import/ssg_layout_internal.h"
 
 namespace kwx {
@@ -24,21 +26,29 @@ std::string FlagsText(const SafeArray& flags) {
   return text;
 }
 
+// A date as "M/d/yyyy", followed by its time of day when it has one (to the second).
+std::string DateText(Date date) {
+  const std::string day = FormatDate(date, "Short Date");
+  const double seconds = std::round(std::fabs(date.serial - std::trunc(date.serial)) * 86400);
+  if (seconds == 0 || seconds == 86400) return day;
+  // The general form gives the time alone on day 0, the date and the time on other days.
+  const std::string general = FormatDate(date, "General Date");
+  return general.starts_with(day) ? general : day + " " + general;
+}
+
 std::string FieldText(const Variant& value) {
   std::string text;
   ResumeNext([&] {
     if (value.type() == VarType::Date) {
-      text = FormatDate(value.AsDate(), "Short Date");
+      text = DateText(value.AsDate());
+    } else if (value.type() == VarType::Single) {
+      text = ShortestSingleText(value.AsSingle());
     } else if (value.IsArray()) {
       text = FlagsText(value.AsArray());
     } else {
       text = CStr(value);
     }
   });
-  // A line break inside a text would move every later field down a line.
-  ReplaceText(text, "\r\n", " ");
-  ReplaceText(text, "\r", " ");
-  ReplaceText(text, "\n", " ");
   return text;
 }
 
@@ -55,7 +65,10 @@ class FieldWriter {
   FieldWriter() : fields_(SafeArray::Vector(0, ssg::kFieldCount - 1)) {
     for (Variant& field : fields_.elements()) field = Variant(std::string());
   }
-  void Put(int16_t position, std::string text) { fields_(position) = Variant(std::move(text)); }
+  // Every field is one line, whatever text reaches it.
+  void Put(int16_t position, const std::string& text) {
+    fields_(position) = Variant(OneLineText(text));
+  }
   void Put(int16_t position, const Variant& value) { Put(position, FieldText(value)); }
   Variant Take() { return Variant(std::move(fields_)); }
 

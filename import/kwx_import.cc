@@ -12,6 +12,7 @@
 #include "automation/text.h"
 #include "common/helpers.h"
 #include "import/kwx_layout.h"
+#include "import/series_shape.h"
 #include "model/fiscal_dates.h"
 
 namespace kwx {
@@ -31,6 +32,19 @@ float VersionOf(const Variant& fields) {
   float version = 0;
   ResumeNext([&] { version = static_cast<float>(Val(TextAt(fields, 0))); });
   return version;
+}
+
+// The leading number of `text` as a single; raises err::kOverflow when a single cannot hold
+// it, so the position is skipped and its property keeps its value.
+float SingleOf(const std::string& text) { return CSng(Variant(Val(text))); }
+
+// Position 104: the PMG year is never before the year after the last fiscal year. A number no
+// 16-bit year can hold is no year the file gives, and that year is taken as for a text.
+int16_t PMGYearFrom(const std::string& text, Date last_fy) {
+  const auto year_after = static_cast<int16_t>(Year(DateAdd("yyyy", 1, last_fy)));
+  std::optional<int16_t> year;
+  if (IsNumeric(Variant(text))) ResumeNext([&] { year = CInt(Variant(text)); });
+  return year && *year > year_after ? *year : year_after;
 }
 
 // A date the common check accepts, or nothing.
@@ -117,7 +131,7 @@ void StoreField(const KwxField& f, const Variant& fields, Company& company, Obje
       object.SetProperty(f.name, Variant(text));
       break;
     case KwxKind::kNumber:
-      object.SetProperty(f.name, Variant(static_cast<float>(Val(text))));
+      object.SetProperty(f.name, Variant(SingleOf(text)));
       break;
     case KwxKind::kInteger:
       object.SetProperty(f.name, Variant(CInt(Variant(text))));
@@ -164,21 +178,14 @@ void StoreField(const KwxField& f, const Variant& fields, Company& company, Obje
       company.datLatestMData = date ? *date : LatestMonthlyDataFrom(company.datLastFY);
       break;
     }
-    case KwxKind::kPMGYear: {
-      const auto year_after = static_cast<int16_t>(Year(DateAdd("yyyy", 1, company.datLastFY)));
-      if (IsNumeric(Variant(text))) {
-        company.intLatestPMGFY = CInt(Variant(text));
-        if (company.intLatestPMGFY < year_after) company.intLatestPMGFY = year_after;
-      } else {
-        company.intLatestPMGFY = year_after;
-      }
+    case KwxKind::kPMGYear:
+      company.intLatestPMGFY = PMGYearFrom(text, company.datLastFY);
       break;
-    }
     case KwxKind::kNotes:
       company.Notes = NotesFromField(text);
       break;
     case KwxKind::kExtra:
-      company.sngKWXExtra = static_cast<float>(Val(text));
+      company.sngKWXExtra = SingleOf(text);
       break;
     case KwxKind::kPertCount:
       groups->pert_count = CInt(Variant(text));
@@ -207,6 +214,7 @@ bool ValidateKwxFields(Variant& fields) {
 void MapKwxCompany(Company& company, const Variant& fields, int32_t /*platform*/) {
   company.CompanyID = 0;
   if (VersionOf(fields) == 0) return;
+  ShapeSeriesForImport(company);
   for (const KwxField& f : kKwxCompanyLayout) {
     ResumeNext([&] { StoreField(f, fields, company, company, nullptr); });
     // Whatever position 1 held, the creation date starts as the update date; 106, stored next,

@@ -4,6 +4,10 @@
 // The positions, kinds and list lengths are the file format: existing files depend on them,
 // none may change. Property names are the model's column names (model/column_lists.h); the
 // reader and the writer reach them by name through the record bindings.
+//
+// Line breaks: a file holds one position per line, so the writer writes a line break inside
+// any text position as the character 254 (export/field_text.h, the same rule for SSG files).
+// The reader turns 254 back into CR LF in the notes (100) only; elsewhere it stays as read.
 #ifndef KWX_IMPORT_KWX_LAYOUT_H_
 #define KWX_IMPORT_KWX_LAYOUT_H_
 

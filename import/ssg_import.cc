@@ -14,6 +14,7 @@
 #include "automation/safe_array.h"
 #include "automation/text.h"
 #include "common/helpers.h"
+#include "import/series_shape.h"
 #include "import/ssg_layout_internal.h"
 
 namespace kwx {
@@ -53,6 +54,9 @@ Variant Converted(const Variant& field, Conversion conversion) {
       return Variant(Val(CStr(field)));
     case Conversion::kText:
       return Variant(CStr(field));
+    case Conversion::kFlags:
+      // A list whatever the property's type, so a list held as a variant stays a list.
+      return FlagsFrom(Variant(CStr(field)));
     case Conversion::kWhole:
     case Conversion::kDate:
       break;
@@ -186,7 +190,6 @@ void MapJudgmentFields(Company& company, const SafeArray& fields, int32_t platfo
 
 // The third routine: the ten-year blocks, then the common equity each year implies.
 void MapYearlySeries(Company& company, const SafeArray& fields) {
-  if (company.Yearly.size() < Company::kYearlyRows) company.Yearly.resize(Company::kYearlyRows);
   for (const ssg::YearlyBlock& block : ssg::kYearlyLayout) {
     const int16_t latest = block.first + ssg::kYearsPerBlock - 1;
     for (int16_t i = 0; i < ssg::kYearsPerBlock; ++i) {
@@ -206,12 +209,6 @@ void MapYearlySeries(Company& company, const SafeArray& fields) {
 
 // The fourth routine: the quarterly records and the monthly closing prices, oldest first.
 void MapShortPeriodSeries(Company& company, const SafeArray& fields) {
-  if (company.Quarterly.size() < Company::kQuarterlyRows) {
-    company.Quarterly.resize(Company::kQuarterlyRows);
-  }
-  if (company.Monthly.size() < Company::kMonthlyRows) {
-    company.Monthly.resize(Company::kMonthlyRows);
-  }
   for (int16_t i = 0; i < ssg::kQuarterlyCount; ++i) {
     const int16_t record = ssg::kQuarterlyFirst + (ssg::kQuarterlyCount - 1 - i) * ssg::kQuarterlyStride;
     for (int16_t c = 0; c < ssg::kQuarterlyStride; ++c) {
@@ -236,6 +233,7 @@ void MapSsgFields(Company& company, const Variant& fields, int32_t platform) {
   const SafeArray& array = fields.AsArray();
   MapCompanyFields(company, array);
   MapJudgmentFields(company, array, platform);
+  ShapeSeriesForImport(company);
   MapYearlySeries(company, array);
   MapShortPeriodSeries(company, array);
 }

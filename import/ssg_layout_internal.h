@@ -62,7 +62,7 @@
 // 278       IndustryID (replaced from 243 later)    text
 // 279-280   strSPStockRank, strVLFinRating          text
 // 285       sngBeta                                 number
-// 300-314   judgment values (kJudgmentLayout)       number or text
+// 300-314   judgment values (kJudgmentLayout)       number, or struck-out list as digits
 // 346-347   sngEPSACE5YrEst, sngEPSHist5YrGr        number
 // 349       sngSPRating                             number
 // 353       sngCurYield, first source               number, rule R1
@@ -99,6 +99,9 @@
 //    "SP" sets blnTaxRate false and blnBookVal true; else holding "ValueLine" or "VL" sets
 //    both true; else neither changes.
 //
+// A line break inside a text is written as the character 254 (export/field_text.h), so every
+// field is one line; the reader keeps the character as it stands.
+//
 // Dates are read with the strict date conversion: a field that is not a date leaves the
 // property as it was; a date that parses is taken even when implausible, except where a rule
 // above prefers another source.
@@ -118,6 +121,8 @@ enum class Conversion {
   kWhole,   // the field converted directly; a non-numeric field leaves the property unchanged
   kDate,    // the field converted to a date; a field that is no date leaves it unchanged
   kText,    // the field's text as it stands
+  kFlags,   // a struck-out list: one "1" or "0" per item, the first first (FlagsFrom); an
+            // empty field gives an empty list
 };
 
 // One direct assignment of the company mapping.
@@ -278,18 +283,17 @@ inline constexpr JudgmentField kJudgmentLayout[] = {
     {304, "JudgmentAnalysis", "sngEPSEstHigh", Conversion::kNumber, JudgmentUse::kBoth},
     {305, "JudgmentAnalysis", "sngEstHighPrice", Conversion::kNumber, JudgmentUse::kBoth},
     // The struck-out years of the study graph.
-    {306, "JudgmentGraph", "strYearStrike", Conversion::kText, JudgmentUse::kBoth},
+    {306, "JudgmentGraph", "strYearStrike", Conversion::kFlags, JudgmentUse::kBoth},
     // The struck-out tax-rate items of the preferred procedure.
-    {307, "JudgmentPrefProc", "strPrefProcStrikeTaxRate", Conversion::kText,
-     JudgmentUse::kBoth},
-    {308, "JudgmentAssessment", "vntStrikePEHigh", Conversion::kText, JudgmentUse::kSPOnly},
-    {309, "JudgmentAssessment", "vntStrikePELow", Conversion::kText, JudgmentUse::kSPOnly},
+    {307, "JudgmentPrefProc", "strPrefProcStrikeTaxRate", Conversion::kFlags, JudgmentUse::kBoth},
+    {308, "JudgmentAssessment", "vntStrikePEHigh", Conversion::kFlags, JudgmentUse::kSPOnly},
+    {309, "JudgmentAssessment", "vntStrikePELow", Conversion::kFlags, JudgmentUse::kSPOnly},
     // The analysis lists the database does not keep.
-    {310, "JudgmentAnalysis", "vntStrikeD2Eq", Conversion::kText, JudgmentUse::kBoth},
-    {311, "JudgmentAnalysis", "vntStrikePTI", Conversion::kText, JudgmentUse::kBoth},
-    {312, "JudgmentAnalysis", "vntStrikeROE", Conversion::kText, JudgmentUse::kBoth},
-    {313, "JudgmentAnalysis", "vntStrikeLowPrice", Conversion::kText, JudgmentUse::kBoth},
-    {314, "JudgmentAnalysis", "vntStrikePayout", Conversion::kText, JudgmentUse::kBoth},
+    {310, "JudgmentAnalysis", "vntStrikeD2Eq", Conversion::kFlags, JudgmentUse::kBoth},
+    {311, "JudgmentAnalysis", "vntStrikePTI", Conversion::kFlags, JudgmentUse::kBoth},
+    {312, "JudgmentAnalysis", "vntStrikeROE", Conversion::kFlags, JudgmentUse::kBoth},
+    {313, "JudgmentAnalysis", "vntStrikeLowPrice", Conversion::kFlags, JudgmentUse::kBoth},
+    {314, "JudgmentAnalysis", "vntStrikePayout", Conversion::kFlags, JudgmentUse::kBoth},
 };
 
 // The shorter-period series: records of the same shape one after another, the oldest first,

@@ -12,6 +12,7 @@
 #include "import/ssg_import.h"
 #include "loader/kwx_loader.h"
 #include "model/company.h"
+#include "services/data_file.h"
 
 namespace kwx {
 namespace {
@@ -60,12 +61,9 @@ void kwxLoader::KWX_Get(const std::string& strFileName, Company& objCompany) {
 void kwxLoader::Stream_Get(const std::string& strData, Company& objCompany,
                            enumDataFile DataFileFormat) {
   ResumeNext([&] {
-    std::string text;
-    text.reserve(strData.size());
-    for (char c : strData) {
-      if (c != '\n') text += c;
-    }
-    ImportFieldArray(SplitText("\r", text), objCompany, DataFileFormat);
+    // The data-file reader splits a file's text by the same routine, so a file and a stream of
+    // its text give the same positions.
+    ImportFieldArray(SplitStreamFields(strData), objCompany, DataFileFormat);
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
@@ -29,16 +30,38 @@ bool ReadWholeFile(const std::string& path, std::string& bytes) {
   return !in.bad();
 }
 
-std::string DecodeText(std::string_view bytes) {
-  if (bytes.starts_with(kUtf8Bom)) bytes.remove_prefix(kUtf8Bom.size());
-  if (IsValidUtf8(bytes)) return std::string(bytes);
-  // Files written by older programs carry the Windows code page.
-  return Windows1252ToUtf8(bytes);
+// `text` as valid UTF-8: a byte that begins no valid UTF-8 character is read as the
+// Windows-1252 character it is. A study can hold such bytes from a code-page file an older
+// version imported undecoded; written as they are, they would make the reader take the whole
+// file for the code page.
+std::string AsValidUtf8(std::string_view text) {
+  if (IsValidUtf8(text)) return std::string(text);
+  std::string out;
+  size_t i = 0;
+  while (i < text.size()) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const size_t length = lead < 0x80           ? 1
+                          : (lead >> 5) == 0x06 ? 2
+                          : (lead >> 4) == 0x0E ? 3
+                          : (lead >> 3) == 0x1E ? 4
+                                                : 0;
+    if (length > 0 && i + length <= text.size() && IsValidUtf8(text.substr(i, length))) {
+      out.append(text.substr(i, length));
+      i += length;
+    } else {
+      out += Windows1252ToUtf8(text.substr(i, 1));
+      ++i;
+    }
+  }
+  return out;
 }
 
+// The bytes `text` is written as: the code page when every character has a byte there and the
+// reader would decode those bytes back to the same text. Code-page bytes can happen to form
+// valid UTF-8 ("CAF\xC9\xAE" reads as "CAF" U+026E), which the reader would take as UTF-8.
 std::string EncodeText(const std::string& text) {
   std::string narrow;
-  if (Utf8ToWindows1252(text, narrow)) return narrow;
+  if (Utf8ToWindows1252(text, narrow) && DecodeDataFileBytes(narrow) == text) return narrow;
   // The mark lets the reader tell UTF-8 from the code page even when the text would pass as
   // either.
   return std::string(kUtf8Bom) + text;
@@ -55,39 +78,55 @@ std::filesystem::path TemporaryNameFor(const std::filesystem::path& target) {
 
 }  // namespace
 
-Variant SplitDataFileLines(std::string_view text) {
-  if (text.empty()) return Variant();
-  std::vector<Variant> lines;
-  size_t start = 0;
-  size_t i = 0;
-  while (i < text.size()) {
-    char c = text[i];
-    if (c != '\r' && c != '\n') {
-      ++i;
-      continue;
+std::string DecodeDataFileBytes(std::string_view bytes) {
+  if (bytes.starts_with(kUtf8Bom)) bytes.remove_prefix(kUtf8Bom.size());
+  if (IsValidUtf8(bytes)) return std::string(bytes);
+  return Windows1252ToUtf8(bytes);
+}
+
+std::string StreamTextOfDataFile(std::string_view bytes) {
+  std::string text = DecodeDataFileBytes(bytes);
+  if (text.find('\r') == std::string::npos) std::replace(text.begin(), text.end(), '\n', '\r');
+  return text;
+}
+
+Variant SplitStreamFields(std::string_view text) {
+  std::vector<Variant> fields;
+  std::string field;
+  bool any = false;
+  for (char c : text) {
+    if (c == '\n') continue;
+    any = true;
+    if (c == '\r') {
+      fields.emplace_back(std::move(field));
+      field.clear();
+    } else {
+      field += c;
     }
-    lines.emplace_back(std::string(text.substr(start, i - start)));
-    i += (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ? 2 : 1;
-    start = i;
   }
-  if (start < text.size()) lines.emplace_back(std::string(text.substr(start)));
-  return Variant(SafeArray::FromValues(std::move(lines)));
+  if (!any) return Variant();
+  // Only the one empty piece after a final CR is dropped.
+  if (!field.empty()) fields.emplace_back(std::move(field));
+  return Variant(SafeArray::FromValues(std::move(fields)));
 }
 
 Variant DataFile::vntImportB(std::string& path) {
   std::string bytes;
   if (!ReadWholeFile(path, bytes)) return Variant();
-  return SplitDataFileLines(DecodeText(bytes));
+  return SplitStreamFields(StreamTextOfDataFile(bytes));
 }
 
 bool DataFile::blnExport(std::string& path, Variant& fields) {
   if (!fields.IsArray() || fields.AsArray().dims() != 1) return false;
   std::string text;
   for (const Variant& field : fields.AsArray().elements()) {
-    if (!ResumeNext([&] { text += CStr(field); })) return false;
+    std::string line;
+    if (!ResumeNext([&] { line = CStr(field); })) return false;
+    if (line.find_first_of("\r\n") != std::string::npos) return false;
+    text += line;
     text += "\r\n";
   }
-  const std::string bytes = EncodeText(text);
+  const std::string bytes = EncodeText(AsValidUtf8(text));
 
   const std::filesystem::path target(path);
   std::error_code ec;

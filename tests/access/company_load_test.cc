@@ -146,14 +146,20 @@ TEST(CompanyLoad, DerivedPropertiesCompleteTheRecord) {
       {Variant(int16_t{2030}), Variant::Null(), 2025, derived_month},  // later: lowered
       {Variant(int16_t{2020}), Variant(DateSerial(2025, 3, 31)), 2020, DateSerial(2025, 3, 31)},
       {Variant::Null(), Variant(DateSerial(2024, 12, 31)), 2025, DateSerial(2024, 12, 31)},
+      // Beyond a 16-bit year: no year, and the columns after it are still read.
+      {Variant(int32_t{70000}), Variant::Null(), 2025, derived_month},
+      {Variant(int32_t{-70000}), Variant::Null(), 2025, derived_month},
   };
   ASSERT_EQ(derived_month, DateSerial(2025, 12, 30));
   for (const Case& c : cases) {
     Fixture f;
-    f.CompanyRow({"CompanyID", "datLastFY", "intLatestPMGFY", "datLatestMData"},
-                 {Variant(int32_t{7}), Variant(last_fy), c.stored_pmg_fy, c.stored_month});
+    f.CompanyRow({"CompanyID", "datLastFY", "intLatestPMGFY", "datLatestMData", "ExchangeID"},
+                 {Variant(int32_t{7}), Variant(last_fy), c.stored_pmg_fy, c.stored_month,
+                  Variant(int32_t{2})});
     Company company;
     LoadCompany(f.Store(0), 7, "", "", company);
+    EXPECT_TRUE(f.errors.reports().empty()) << f.errors.reports().front().Text();
+    EXPECT_EQ(company.ExchangeID, "NYSE");
     EXPECT_EQ(company.intLatestPMGFY, c.pmg_fy) << c.stored_pmg_fy;
     EXPECT_EQ(company.datLatestMData, c.month) << c.stored_month;
   }

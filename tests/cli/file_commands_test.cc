@@ -74,6 +74,50 @@ TEST(FileCommands, ImportReadAndExport) {
   std::filesystem::create_directories(dir.File("folder.kwx"));
   EXPECT_EQ(RunKwx({"--db", db, "export", "1", dir.File("folder.kwx")}).code, 1);
   EXPECT_TRUE(std::filesystem::is_directory(dir.File("folder.kwx")));
+
+  // A file of the other layout is refused whatever its name or --format says, and nothing of
+  // it is saved.
+  const std::string list_before = RunKwx({"--db", db, "list"}).out;
+  const std::string ssg_as_kwx = dir.File("ssg_inside.kwx");
+  std::filesystem::copy_file(dir.File("out.ssg"), ssg_as_kwx);
+  const std::vector<std::string> wrong[] = {
+      {"import", "--format", "kwx", dir.File("out.ssg")},
+      {"import", ssg_as_kwx},
+      {"import", "--format", "ssg", kwx_out},
+      {"read", "--format", "kwx", dir.File("out.ssg")},
+  };
+  for (const auto& args : wrong) {
+    std::vector<std::string> full = {"--db", db};
+    full.insert(full.end(), args.begin(), args.end());
+    CliResult refused = RunKwx(full);
+    EXPECT_EQ(refused.code, 1) << args.back();
+    EXPECT_EQ(refused.out, "") << args.back();
+    EXPECT_NE(refused.err.find("layout"), std::string::npos) << refused.err;
+  }
+  EXPECT_EQ(RunKwx({"--db", db, "list"}).out, list_before);
+}
+
+// Standard input is decoded as a file is: a code-page KWX text piped in reads as the file does.
+TEST(FileCommands, StandardInputDecodesAsAFile) {
+  testing::TempDir dir;
+  std::string text = KwxText("CAF", "Caf\xE9");
+  // Notes at position 100 with a line break written as the code page's byte for 254.
+  for (int pos = 7; pos < 100; ++pos) text += "\r\n";
+  text += "one\xFEtwo\r\n";
+  const std::string path = testing::WriteFile(dir.File("cafe.kwx"), text);
+  const CliResult from_file = RunKwx({"read", path, "--json"});
+  const CliResult piped = RunKwx({"read", "-", "--format", "kwx", "--json"}, text);
+  ASSERT_EQ(piped.code, 0) << piped.err;
+  EXPECT_EQ(piped.out, from_file.out);
+  const nlohmann::json json = nlohmann::json::parse(piped.out);
+  EXPECT_EQ(json["strName"], "Caf\xC3\xA9");
+  EXPECT_EQ(json["Notes"], "one\r\ntwo");
+  // Line ends converted to LF read as the lines they were, from a file and from a pipe.
+  std::string lf_text = KwxText("LFS", "Linefeed");
+  std::erase(lf_text, '\r');
+  const std::string lf_path = testing::WriteFile(dir.File("lf.kwx"), lf_text);
+  EXPECT_EQ(RunKwx({"read", lf_path}).out, "LFS\tLinefeed\n");
+  EXPECT_EQ(RunKwx({"read", "-", "--format", "kwx"}, lf_text).out, "LFS\tLinefeed\n");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "automation/dates.h"
 #include "automation/safe_array.h"
 #include "automation/text.h"
+#include "import/layout_check.h"
 #include "model/company.h"
 
 namespace kwx {
@@ -87,6 +88,9 @@ TEST(KwxImport, LatestMonthlyDateAndPmgYearFollowTheLastFiscalYear) {
       {"Mar/31/2005", "", "", DateSerial(2005, 12, 31), 2006},
       {"Mar/31/2005", "Feb/15/2007", "2004", DateSerial(2007, 2, 15), 2006},
       {"Mar/31/2005", "not a date", "2010", DateSerial(2005, 12, 31), 2010},
+      // A number no 16-bit year holds gives the year after the last fiscal year.
+      {"Mar/31/2005", "", "99999", DateSerial(2005, 12, 31), 2006},
+      {"Mar/31/2005", "", "-99999", DateSerial(2005, 12, 31), 2006},
   };
   for (const Case& c : cases) {
     Company company;
@@ -138,6 +142,14 @@ TEST(KwxImport, DatesNotesAndTheValueAt101) {
   EXPECT_EQ(company.DataSourceID, "Feed");
   EXPECT_EQ(company.SectorID, "Energy");
 
+  // A number a single cannot hold is refused: the property keeps its value.
+  Company huge;
+  huge.sngKWXExtra = 1.5f;
+  huge.sngCurPrice = 2.5f;
+  Import(huge, Fields({{101, "1e39"}, {13, "-4e38"}}));
+  EXPECT_EQ(huge.sngKWXExtra, 1.5f);
+  EXPECT_EQ(huge.sngCurPrice, 2.5f);
+
   Company created;
   Import(created, Fields({{1, "Nov/22/2026"}, {106, "Jan/05/2001"}}));
   EXPECT_EQ(created.datDataCreated.serial, DateSerial(2001, 1, 5).serial);
@@ -185,6 +197,37 @@ TEST(KwxImport, AShortArrayStoresWhatItHas) {
   EXPECT_EQ(company.strCode, "C1");
   EXPECT_EQ(company.strName, "Name");
   EXPECT_EQ(company.strSymbol, "KEEP");
+}
+
+TEST(KwxImport, FieldsHaveLayoutTellsTheLayoutsApart) {
+  auto array = [](int32_t last, std::vector<std::pair<int16_t, std::string>> set) {
+    SafeArray a = SafeArray::Vector(0, last);
+    for (int32_t i = 0; i <= last; ++i) a(i) = Variant("");
+    for (auto& [pos, text] : set) a(pos) = Variant(text);
+    return Variant(std::move(a));
+  };
+  SafeArray prices = SafeArray::Vector(0, 941);
+  for (int32_t i = 0; i <= 941; ++i) prices(i) = Variant("12.5");
+  struct Case {
+    const char* what;
+    Variant fields;
+    bool kwx, ssg;
+  };
+  const Case cases[] = {
+      {"KWX", Fields({{6, "Jun/30/2005"}, {144, "1\t2"}, {124, "3\t4"}}), true, false},
+      {"KWX without lists", Fields({{3, "Acme"}}), true, true},
+      {"SSG", Variant(prices), false, true},
+      {"a price at a date position", Fields({{1, "12.5"}}), false, true},
+      {"one number at a list position", Fields({{144, "12.5"}}), false, true},
+      {"version 0", Fields({}, "0"), false, true},
+      {"text after 371", array(400, {{0, "1.01"}, {400, "Energy"}}), false, true},
+      {"not an array", Variant("1.01"), false, false},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(FieldsHaveLayout(c.fields, 1), c.kwx) << c.what;
+    EXPECT_EQ(FieldsHaveLayout(c.fields, 0), c.ssg) << c.what;
+    EXPECT_FALSE(FieldsHaveLayout(c.fields, 2)) << c.what;
+  }
 }
 
 }  // namespace

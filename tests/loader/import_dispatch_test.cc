@@ -139,6 +139,35 @@ TEST(ImportDispatch, StreamLineEndsAndFormats) {
   Company as_kwx;
   loader.Stream_Get(KwxText(lines, "\r\n"), as_kwx, idKWX);
   EXPECT_EQ(as_kwx.IndustryID, "Tools");
+
+  // A file gives the positions a stream of its text gives, a lone LF inside a field included.
+  TempDir dir;
+  const std::string text = KwxText({{3, "Acme\nCorp"}, {4, "ACM"}, {12, "Tools"}}, "\r\n");
+  Company from_file, from_stream;
+  loader.KWX_Get(testing::WriteFile(dir.File("lf.kwx"), text), from_file);
+  loader.Stream_Get(text, from_stream, idKWX);
+  EXPECT_EQ(from_file.strSymbol, "ACM");
+  EXPECT_EQ(DescribeDifferences(from_file, from_stream), "");
+}
+
+// A reused Company comes out of either import with exactly a file's series lengths.
+TEST(ImportDispatch, ImportGivesExactlyTheSeriesLengthsOfAFile) {
+  std::string ssg_text;
+  for (int i = 0; i < 942; ++i) ssg_text += "1\r\n";
+  kwxLoader loader;
+  for (const auto& [text, format] :
+       {std::pair{ssg_text, idSSG}, std::pair{KwxText({{4, "ACM"}}, "\r\n"), idKWX}}) {
+    Company company;
+    company.Yearly.resize(12);
+    company.Quarterly.resize(3);
+    company.Monthly.resize(80);
+    company.JudgmentPMG.resize(7);
+    loader.Stream_Get(text, company, format);
+    EXPECT_EQ(company.Yearly.size(), 10u) << format;
+    EXPECT_EQ(company.Quarterly.size(), 36u) << format;
+    EXPECT_EQ(company.Monthly.size(), 72u) << format;
+    EXPECT_EQ(company.JudgmentPMG.size(), 5u) << format;
+  }
 }
 
 TEST(ImportDispatch, DilutionIsRecomputedOnEveryImport) {
@@ -188,6 +217,18 @@ TEST(ImportDispatch, KwxExportThenImportGivesBackEveryCarriedField) {
   Company streamed;
   loader.Stream_Get(Windows1252ToUtf8(ReadFile(path)), streamed, idKWX);
   EXPECT_EQ(DescribeDifferences(original, streamed), "");
+
+  // A line break inside any text is written as one character 254, the notes' mark, so no
+  // later field, option or PERT row moves; outside the notes the mark reads back as itself.
+  Company broken = original;
+  broken.JudgmentStockReport.strSSR1a = "first\r\nsecond";
+  broken.strName = "Acme\rHoldings\n";
+  ASSERT_TRUE(loader.KWX_Update(broken, path));
+  Company broken_back;
+  loader.KWX_Get(path, broken_back);
+  broken.JudgmentStockReport.strSSR1a = "first\xC3\xBEsecond";
+  broken.strName = "Acme\xC3\xBEHoldings";
+  EXPECT_EQ(DescribeDifferences(broken, broken_back), "");
 }
 
 TEST(ImportDispatch, ImportSaveLoadAndExportGivesTheSameFile) {

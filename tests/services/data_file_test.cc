@@ -45,7 +45,10 @@ TEST_F(DataFileTest, ReadsEveryLineEndAndEncoding) {
       {"CR only", "1.01\rabc\r\rx", {"1.01", "abc", "", "x"}},
       {"final line end adds no field", "a\r\nb\r\n", {"a", "b"}},
       {"an empty last line stays", "a\r\n\r\n", {"a", ""}},
-      {"mixed", "a\rb\nc\r\nd", {"a", "b", "c", "d"}},
+      // Line feeds go and carriage returns cut, as in a stream of the same text.
+      {"a lone LF inside a field", "1.01\r\nab\ncd\r\nx\r\n", {"1.01", "abcd", "x"}},
+      {"mixed", "a\rb\nc\r\nd", {"a", "bc", "d"}},
+      {"LF only: the line ends were converted", "a\nb\n\nc\n", {"a", "b", "", "c"}},
       {"UTF-8 with BOM", "\xEF\xBB\xBFZ\xC3\xBCrich\r\n", {"Z\xC3\xBCrich"}},
       {"Windows-1252", "Z\xFCrich\r\nnote\xFE", {"Z\xC3\xBCrich", "note\xC3\xBE"}},
   };
@@ -72,13 +75,16 @@ TEST_F(DataFileTest, WritesCrLfInTheNarrowestEncodingAndReadsItBack) {
     std::string bytes;
   };
   const Case cases[] = {
-      {"plain", {Variant("1.01"), Variant(), Variant(float(2.5)), Variant("x")},
+      {"plain", {Variant("1.01"), Variant(""), Variant(float(2.5)), Variant("x")},
        "1.01\r\n\r\n2.5\r\nx\r\n"},
       {"code page", {Variant("Z\xC3\xBCrich"), Variant("a\xC3\xBE" "b")},
        "Z\xFCrich\r\na\xFE" "b\r\n"},
       {"beyond the code page", {Variant("\xE6\x9D\xB1\xE4\xBA\xAC")},
        "\xEF\xBB\xBF\xE6\x9D\xB1\xE4\xBA\xAC\r\n"},
       {"empty last field", {Variant("a"), Variant("")}, "a\r\n\r\n"},
+      // Code-page bytes that happen to be valid UTF-8 would read back as other letters.
+      {"code page bytes read as UTF-8", {Variant("CAF\xC3\x89\xC2\xAE Holdings")},
+       "\xEF\xBB\xBF" "CAF\xC3\x89\xC2\xAE Holdings\r\n"},
   };
   for (const Case& c : cases) {
     std::string path = (dir_ / "out.kwx").string();
@@ -86,9 +92,15 @@ TEST_F(DataFileTest, WritesCrLfInTheNarrowestEncodingAndReadsItBack) {
     ASSERT_TRUE(file_.blnExport(path, fields)) << c.what;
     EXPECT_EQ(ReadFile(path), c.bytes) << c.what;
     Variant back = file_.vntImportB(path);
-    ASSERT_TRUE(back.IsArray()) << c.what;
-    EXPECT_EQ(back.AsArray().Count(), static_cast<int32_t>(c.fields.size())) << c.what;
+    EXPECT_EQ(Texts(back), Texts(fields)) << c.what;
   }
+  // A stray code-page byte a study may hold is written as that character; the rest of the
+  // file still reads as it was.
+  std::string path = (dir_ / "out.kwx").string();
+  Variant stray = testing::Array({Variant("1.01"), Variant("a\xFE" "b")});
+  ASSERT_TRUE(file_.blnExport(path, stray));
+  EXPECT_EQ(ReadFile(path), "1.01\r\na\xFE" "b\r\n");
+  EXPECT_EQ(Texts(file_.vntImportB(path)), (std::vector<std::string>{"1.01", "a\xC3\xBE" "b"}));
   // Only the target itself is left behind: no temporary file.
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_),
                           std::filesystem::directory_iterator()),
@@ -107,6 +119,13 @@ TEST_F(DataFileTest, AFailedExportLeavesTheExistingFileWhole) {
   Variant nested = testing::Array({Variant(SafeArray::Vector(0, 1))});
   EXPECT_FALSE(file_.blnExport(path, nested));
   EXPECT_EQ(ReadFile(path), original);
+
+  // A line break inside a field would move every later field.
+  for (const char* text : {"a\r\nb", "a\rb", "a\nb"}) {
+    Variant broken = testing::Array({Variant("x"), Variant(text), Variant("y")});
+    EXPECT_FALSE(file_.blnExport(path, broken)) << text;
+    EXPECT_EQ(ReadFile(path), original);
+  }
 
   std::string folder = (dir_ / "folder").string();
   std::filesystem::create_directories(folder);
