@@ -15,9 +15,8 @@ namespace {
 
 // Why a word is no ID, or "" when it is one; `value` receives the ID.
 std::string IdProblem(std::string_view word, int32_t& value) {
-  const bool digits = !word.empty() && std::all_of(word.begin(), word.end(), [](char c) {
-    return c >= '0' && c <= '9';
-  });
+  const bool digits = !word.empty() && std::all_of(word.begin(), word.end(),
+                                                   [](char c) { return c >= '0' && c <= '9'; });
   if (!digits) return "'" + std::string(word) + "' is not a whole number";
   int64_t n = 0;
   for (char c : word) {
@@ -103,8 +102,8 @@ int32_t ResolveStudy(Context& ctx, const std::vector<std::string>& words) {
   if (found.size() > 1) {
     std::string list;
     for (int32_t id : found) list += (list.empty() ? "" : ", ") + std::to_string(id);
-    throw CommandError(named + " names " + std::to_string(found.size()) + " studies (IDs " +
-                           list + "): give the company ID",
+    throw CommandError(named + " names " + std::to_string(found.size()) + " studies (IDs " + list +
+                           "): give the company ID",
                        2);
   }
   return found.front();
