@@ -158,6 +158,19 @@ TEST(LoaderPlatform, EveryMemberCopesWithNoDatabaseObject) {
   loader.Access_DeletePERTReport(1);
   loader.Access_DeletePERTReportCompany(1, 1);
   loader.Stream_Get("1.01\r\n\r\nC1\r\nName\r\nSYM\r\n", company, idKWX);
+  testing::TempDir dir;
+  EXPECT_TRUE(loader.KWX_Update(company, dir.File("a.kwx")));
+  EXPECT_TRUE(loader.SSG_Update(company, dir.File("a.ssg")));
+  loader.KWX_Get(dir.File("a.kwx"), company);
+  loader.SSG_Get(dir.File("a.ssg"), company);
+  EXPECT_EQ(company.strSymbol, "SYM");
+  for (const Variant& cached : {loader.vntSector(), loader.vntExchange(), loader.vntDataSource(),
+                                loader.vntTrend()}) {
+    EXPECT_FALSE(cached.IsArray() && cached.AsArray().UBound() > 0);
+  }
+  loader.Access_GetSector(a, b);
+  loader.Access_GetExchange(a, b);
+  loader.Access_GetDataSource(a, b);
   loader.ComputeDefaults(company);
   EXPECT_THROW(loader.Access_CompactDB("x.db"), AutomationError);
   EXPECT_FALSE(loader.ErrorReports().empty());
