@@ -179,7 +179,9 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
 
   auto im = std::make_shared<ImportArgs>();
   auto* import = app.add_subcommand(
-      "import", "import SSG or KWX files ('-' reads standard input) and save each study");
+      "import",
+      "import SSG or KWX files ('-' reads standard input) and save each study; a study saved "
+      "already (same symbol and exchange) is refreshed in place");
   import->add_option("FILE", im->files, "data files (.ssg or .kwx)")->required();
   import->add_option("--format", im->format, "the layout of every file")->check(formats);
   import->add_flag("--defaults", im->defaults,
