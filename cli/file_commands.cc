@@ -121,9 +121,9 @@ bool ClearSeriesRows(IDatabase& db, int32_t company_id) {
 
 // The saved study an imported one refreshes: 0 for a new study, -1 (the reason written to
 // `err`) when its symbol and exchange name more than one saved study.
-int32_t StudyToRefresh(Context& ctx, kwxLoader& loader, const std::string& file,
+int32_t StudyToRefresh(Context& ctx, const StudyIndex& saved, const std::string& file,
                        const Company& company) {
-  const std::vector<int32_t> found = FindStudies(loader, company.strSymbol, company.ExchangeID);
+  const std::vector<int32_t> found = saved.Find(company.strSymbol, company.ExchangeID);
   if (found.size() <= 1) return found.empty() ? 0 : found.front();
   std::string list;
   for (int32_t id : found) list += (list.empty() ? "" : ", ") + std::to_string(id);
@@ -135,11 +135,11 @@ int32_t StudyToRefresh(Context& ctx, kwxLoader& loader, const std::string& file,
 
 // Imports and saves one file in a transaction level of its own inside the open batch. A study
 // whose symbol and exchange are saved already is refreshed in place (same CompanyID) unless
-// `--new` asks for a second one. Answers the line to print once the batch has committed, or
-// nothing when the file was not saved (the reason already written to `err`).
+// `saved` is null (--new asks for a second one). Answers the line to print once the batch has
+// committed, or nothing when the file was not saved (the reason already written to `err`).
 std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, IDatabase& db,
-                                     const std::string& file, enumDataFile format,
-                                     const ImportArgs& args) {
+                                     StudyIndex* saved, const std::string& file,
+                                     enumDataFile format, const ImportArgs& args) {
   Company company;
   if (!ReadStudy(ctx, loader, file, format, company)) {
     *ctx.err << "kwx: nothing imported from '" << file << "'\n";
@@ -147,7 +147,7 @@ std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, IDatabase&
   }
   if (args.defaults) loader.ComputeDefaults(company);
   if (format == idKWX) KeepIndustry(loader, company);  // the SSG import stored it already
-  const int32_t existing = args.new_study ? 0 : StudyToRefresh(ctx, loader, file, company);
+  const int32_t existing = saved ? StudyToRefresh(ctx, *saved, file, company) : 0;
   if (existing < 0) return std::nullopt;
 
   StudyLevel level(db);
@@ -164,6 +164,7 @@ std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, IDatabase&
     return std::nullopt;
   }
   level.Keep();
+  if (saved && existing == 0) saved->Add(company.CompanyID, company.strSymbol, company.ExchangeID);
   return std::to_string(company.CompanyID) + "\t" + company.strSymbol + "\t" + company.strName +
          (existing > 0 ? "\tupdated" : "") + "\n";
 }
@@ -197,10 +198,21 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     kwxLoader& loader = ctx.OpenLoader();
     if (!loader.database()) throw CommandError("no database object");
     IDatabase& db = *loader.database();
+    // The saved studies a file may refresh, read once for the whole import.
+    std::optional<StudyIndex> index;
+    if (!im->new_study) index.emplace(loader);
     ProgressBar bar(*ctx.err, ctx.err_is_terminal && total > 1, total);
     size_t failed = 0;
+    std::string stopped;  // why the files left cannot be imported, once that is so
     for (size_t start = 0; start < total; start += kImportBatch) {
       const size_t end = std::min(total, start + kImportBatch);
+      if (!stopped.empty()) {
+        for (size_t i = start; i < end; ++i) {
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << stopped << "\n";
+        }
+        failed += end - start;
+        continue;
+      }
       std::vector<std::pair<std::string, std::string>> saved;  // file, line to print
       try {
         db.BeginTrans();
@@ -217,7 +229,8 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         bar.Clear();
         std::optional<std::string> line;
         try {
-          line = ImportOne(ctx, loader, db, im->files[i], formats[i], *im);
+          line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i], formats[i],
+                           *im);
         } catch (const std::exception& e) {
           *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
         }
@@ -239,6 +252,12 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         saved.clear();
         // Reference rows added inside the batch went with it; the caches must not keep them.
         loader.Access_blnOpenDatabase(ctx.options.db_path);
+        try {
+          if (index) index.emplace(loader);
+        } catch (const std::exception& e) {
+          // Without the saved studies a file would be added beside the study it refreshes.
+          stopped = e.what();
+        }
       }
       for (const auto& [file, line] : saved) *ctx.out << line;
       ctx.out->flush();

@@ -27,22 +27,11 @@ std::string IdProblem(std::string_view word, int32_t& value) {
   return "";
 }
 
-// The exchange IDs whose cached name equals `name`; a blank name stands for no exchange, which
-// a study is saved with when its exchange name had no row.
-std::vector<int32_t> ExchangeIds(kwxLoader& loader, const std::string& name) {
-  if (name.empty()) return {0};
-  Variant ids, names;
-  loader.Access_GetExchange(ids, names);
-  std::vector<int32_t> found;
-  if (!ids.IsArray() || !names.IsArray()) return found;
-  const SafeArray& id_list = ids.AsArray();
-  const SafeArray& name_list = names.AsArray();
-  for (int32_t i = name_list.LBound(); i <= name_list.UBound(); ++i) {
-    const Variant& cached = name_list(i);
-    if (cached.IsEmpty() || cached.IsNull()) continue;
-    if (EqualsNoCase(Trim(CStr(cached)), name)) found.push_back(CLng(id_list(i)));
-  }
-  return found;
+// A symbol as the store holds it: trimmed, an apostrophe kept as U+00FF.
+std::string StoredSymbol(std::string_view symbol) {
+  std::string stored = Trim(symbol);
+  ReplaceText(stored, "'", ChrW(255));
+  return stored;
 }
 
 }  // namespace
@@ -66,37 +55,72 @@ CLI::Validator WholeNumberId() {
       "ID");
 }
 
-std::vector<int32_t> FindStudies(kwxLoader& loader, std::string_view symbol,
-                                 std::string_view exchange) {
-  // The store keeps an apostrophe of a text as U+00FF; compare with the text it holds.
-  std::string wanted = Trim(symbol);
-  ReplaceText(wanted, "'", ChrW(255));
+StudyIndex::StudyIndex(kwxLoader& loader) : loader_(loader) {
+  // No word the user typed reaches the statement: they are compared here, so no text of theirs
+  // can change what the statement reads.
+  Variant data, fields;
+  loader.Access_GetCompanies("select CompanyID, strSymbol, ExchangeID from Company", data, fields);
+  if (!fields.IsArray()) throw CommandError("cannot read the saved studies");
+  if (!data.IsArray()) return;
+  const SafeArray& rows = data.AsArray();
+  for (int32_t r = rows.LBound(1); r <= rows.UBound(1); ++r) {
+    const Variant& symbol = rows(r, 1);
+    const Variant& exchange = rows(r, 2);
+    if (symbol.IsNull() || symbol.IsEmpty()) continue;
+    const int32_t exchange_id = exchange.IsNull() || exchange.IsEmpty() ? 0 : CLng(exchange);
+    studies_[Key{exchange_id, Trim(CStr(symbol))}].push_back(CLng(rows(r, 0)));
+  }
+}
+
+size_t StudyIndex::KeyHash::operator()(const Key& key) const noexcept {
+  return static_cast<size_t>(HashNoCase(key.symbol) * 31 + static_cast<uint32_t>(key.exchange_id));
+}
+
+bool StudyIndex::KeyEqual::operator()(const Key& a, const Key& b) const noexcept {
+  return a.exchange_id == b.exchange_id && EqualsNoCase(a.symbol, b.symbol);
+}
+
+// The IDs of the exchanges whose cached name is `name`; a blank name stands for no exchange,
+// which a study is saved with when its exchange name had no row.
+std::vector<int32_t> StudyIndex::ExchangeIds(std::string_view name) const {
+  const std::string wanted = Trim(name);
+  if (wanted.empty()) return {0};
+  Variant ids, names;
+  loader_.Access_GetExchange(ids, names);
+  std::vector<int32_t> found;
+  if (!ids.IsArray() || !names.IsArray()) return found;
+  const SafeArray& id_list = ids.AsArray();
+  const SafeArray& name_list = names.AsArray();
+  for (int32_t i = name_list.LBound(); i <= name_list.UBound(); ++i) {
+    const Variant& cached = name_list(i);
+    if (cached.IsEmpty() || cached.IsNull()) continue;
+    if (EqualsNoCase(Trim(CStr(cached)), wanted)) found.push_back(CLng(id_list(i)));
+  }
+  return found;
+}
+
+std::vector<int32_t> StudyIndex::Find(std::string_view symbol, std::string_view exchange) const {
   std::vector<int32_t> studies;
-  // Only IDs taken from the exchange table reach the statement; the words the user typed are
-  // compared here, so no text of theirs can change what the statement reads.
-  for (int32_t exchange_id : ExchangeIds(loader, Trim(exchange))) {
-    const std::string sql = "select CompanyID, strSymbol from Company where ExchangeID = " +
-                            std::to_string(exchange_id) + " order by CompanyID";
-    Variant data, fields;
-    loader.Access_GetCompanies(sql, data, fields);
-    if (!fields.IsArray()) throw CommandError("cannot read the saved studies");
-    if (!data.IsArray()) continue;
-    const SafeArray& rows = data.AsArray();
-    for (int32_t r = rows.LBound(1); r <= rows.UBound(1); ++r) {
-      const Variant& stored = rows(r, 1);
-      if (stored.IsNull() || stored.IsEmpty()) continue;
-      if (EqualsNoCase(Trim(CStr(stored)), wanted)) studies.push_back(CLng(rows(r, 0)));
-    }
+  const std::string stored = StoredSymbol(symbol);
+  for (int32_t exchange_id : ExchangeIds(exchange)) {
+    const auto it = studies_.find(Key{exchange_id, stored});
+    if (it != studies_.end()) studies.insert(studies.end(), it->second.begin(), it->second.end());
   }
   std::sort(studies.begin(), studies.end());
   return studies;
+}
+
+void StudyIndex::Add(int32_t id, std::string_view symbol, std::string_view exchange) {
+  const std::string stored = StoredSymbol(symbol);
+  for (int32_t exchange_id : ExchangeIds(exchange))
+    studies_[Key{exchange_id, stored}].push_back(id);
 }
 
 int32_t ResolveStudy(Context& ctx, const std::vector<std::string>& words) {
   if (words.size() == 1) return ParseId(words[0]);
   if (words.size() != 2) throw CommandError("give a company ID, or a symbol and an exchange", 2);
   kwxLoader& loader = ctx.OpenLoader();
-  const std::vector<int32_t> found = FindStudies(loader, words[0], words[1]);
+  const std::vector<int32_t> found = StudyIndex(loader).Find(words[0], words[1]);
   const std::string named = words[0] + " on " + words[1];
   if (found.empty()) throw CommandError("no study found for " + named);
   if (found.size() > 1) {
