@@ -1,5 +1,6 @@
 // kwx import FILE... | kwx read FILE --json | kwx export ID|SYMBOL EXCHANGE OUT
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -7,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
