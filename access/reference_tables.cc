@@ -42,7 +42,7 @@ void LoadLookupTable(IDatabase* db, const ReferenceTable& t, LookupCache& cache)
   bool ok = false;
   ResumeNext([&] { ok = Require(db).blnExecute(LoadTableSql(t.table), fields, data); });
   int32_t rows = 0;
-  ResumeNext([&] { rows = db->lngRowCount(); });
+  ResumeNext([&] { rows = Require(db).lngRowCount(); });
   if (!ok || rows <= 0 || !fields.IsArray() || !data.IsArray()) return;
 
   const SafeArray& names = fields.AsArray();

@@ -13,6 +13,7 @@
 #include "cli/company_json.h"
 #include "cli/context.h"
 #include "cli/json_values.h"
+#include "cli/study_lookup.h"
 #include "model/comparison.h"
 #include "model/pert_report.h"
 
@@ -168,9 +169,12 @@ void AddComparisonCommands(CLI::App& app, Context& ctx) {
     auto s = std::make_shared<SaveArgs>();
     auto* save = group->add_subcommand("save", "save a " + noun + " of the studies ID...");
     save->add_option("NAME", s->name, "its name")->required();
-    save->add_option("ID", s->companies, "the member studies' company IDs, in order")->required();
+    save->add_option("ID", s->companies, "the member studies' company IDs, in order")
+        ->required()
+        ->check(WholeNumberId());
     save->add_option("--description", s->description, "a description");
-    save->add_option("--id", s->id, "replace the header of this " + noun + " (and add the members) instead of adding one");
+    save->add_option("--id", s->id, "replace the header of this " + noun + " (and add the members) instead of adding one")
+        ->check(WholeNumberId());
     save->add_option("--person", s->person, "who made the change");
     if (std::string(k.command) == "comparison") {
       save->add_option("--section", s->section, "the studied section");
@@ -186,7 +190,7 @@ void AddComparisonCommands(CLI::App& app, Context& ctx) {
     auto show_id = std::make_shared<int32_t>(0);
     auto show_json = std::make_shared<bool>(false);
     auto* show = group->add_subcommand("show", "show a " + noun + " and its members");
-    show->add_option("ID", *show_id, "its ID")->required();
+    show->add_option("ID", *show_id, "its ID")->required()->check(WholeNumberId());
     show->add_flag("--json", *show_json, "print it as one JSON object");
     show->callback([&ctx, &k, show_id, show_json, noun] {
       kwxLoader& loader = ctx.OpenLoader();
@@ -201,8 +205,9 @@ void AddComparisonCommands(CLI::App& app, Context& ctx) {
     auto d = std::make_shared<DeleteArgs>();
     auto* del = group->add_subcommand(
         "delete", "delete a " + noun + "; with --company, remove that study from EVERY " + noun);
-    del->add_option("ID", d->id, "its ID")->required();
-    del->add_option("--company", d->company, "remove only this member study");
+    del->add_option("ID", d->id, "its ID")->required()->check(WholeNumberId());
+    del->add_option("--company", d->company, "remove only this member study")
+        ->check(WholeNumberId());
     del->callback([&ctx, &k, d, noun] {
       kwxLoader& loader = ctx.OpenLoader();
       if (!loader.Access_DoesRecordExist(d->id, k.table, k.key)) {

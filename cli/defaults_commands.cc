@@ -46,10 +46,8 @@ void AddDefaultsCommands(CLI::App& app, Context& ctx) {
     }
     if (args->dry_run || changes.empty()) return;
     loader.Access_Update(company);
-    // A save reports its failures only through the error reports.
-    const bool failed = !loader.ErrorReports().empty();
     PrintErrorReports(loader, *ctx.err);
-    if (failed) throw CommandError("study " + std::to_string(company.CompanyID) + " was not saved");
+    if (!loader.LastUpdateCommitted()) throw CommandError("study " + std::to_string(company.CompanyID) + " was not saved");
     if (!args->json) *ctx.out << "saved study " << company.CompanyID << "\n";
   });
 }

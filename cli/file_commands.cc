@@ -1,15 +1,20 @@
 // kwx import FILE... | kwx read FILE --json | kwx export ID|SYMBOL EXCHANGE OUT
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <optional>
+#include <span>
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include "access/sql_text.h"
 #include "automation/conversions.h"
+#include "automation/errors.h"
 #include "automation/text.h"
 #include "cli/commands.h"
 #include "cli/company_json.h"
@@ -18,6 +23,7 @@
 #include "cli/study_lookup.h"
 #include "import/layout_check.h"
 #include "model/company.h"
+#include "model/schema.h"
 #include "services/data_file.h"
 
 namespace kwx::cli {
@@ -78,13 +84,15 @@ bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDat
 }
 
 // Studies saved per outer transaction of a bulk import. Each study's own save nests inside
-// and rolls back alone; a batch commits whole studies only.
+// and rolls back alone; a batch commits whole studies only, and a study is reported as
+// imported only once the batch holding it has committed.
 constexpr size_t kImportBatch = 50;
 
 struct ImportArgs {
   std::vector<std::string> files;
   std::string format;
   bool defaults = false;
+  bool new_study = false;
 };
 
 struct ReadArgs {
@@ -101,26 +109,88 @@ void KeepIndustry(kwxLoader& loader, const Company& company) {
   if (!company.IndustryID.empty()) loader.Access_AddIndustry(company.IndustryID);
 }
 
-// Imports and saves one file; answers the saved study's ID, 0 when nothing was saved (the
-// reason already written to `err`).
-int32_t ImportOne(Context& ctx, kwxLoader& loader, const std::string& file,
-                  const ImportArgs& args) {
+// A transaction level of the study's own inside the batch: rolled back unless kept, so that
+// clearing the old rows of a refreshed study and saving it again succeed or fail together.
+class StudyLevel {
+ public:
+  explicit StudyLevel(IDatabase& db) : db_(db) { db_.BeginTrans(); }
+  ~StudyLevel() {
+    if (open_) ResumeNext([&] { db_.RollbackTrans(); });
+  }
+  StudyLevel(const StudyLevel&) = delete;
+  StudyLevel& operator=(const StudyLevel&) = delete;
+  void Keep() {
+    open_ = false;
+    db_.CommitTrans();
+  }
+
+ private:
+  IDatabase& db_;
+  bool open_ = true;
+};
+
+// Deletes the series rows of a saved study, so that its next save writes exactly the rows it
+// holds (a file with fewer PERT rows than the store must not leave the others behind).
+bool ClearSeriesRows(IDatabase& db, int32_t company_id) {
+  const std::string condition = "CompanyID = " + std::to_string(company_id);
+  for (const TableDef& table : AllTables()) {
+    if (table.kind != TableKind::Series) continue;
+    Variant fields, data;
+    if (!db.blnExecute(DeleteWhereSql(table.name, std::span(&condition, 1)), fields, data)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The saved study an imported one refreshes: 0 for a new study, -1 (the reason written to
+// `err`) when its symbol and exchange name more than one saved study.
+int32_t StudyToRefresh(Context& ctx, const StudyIndex& saved, const std::string& file,
+                       const Company& company) {
+  const std::vector<int32_t> found = saved.Find(company.strSymbol, company.ExchangeID);
+  if (found.size() <= 1) return found.empty() ? 0 : found.front();
+  std::string list;
+  for (int32_t id : found) list += (list.empty() ? "" : ", ") + std::to_string(id);
+  *ctx.err << "kwx: '" << file << "' not imported: " << company.strSymbol << " on "
+           << company.ExchangeID << " names " << found.size() << " saved studies (IDs " << list
+           << "); delete the extra ones, or import with --new\n";
+  return -1;
+}
+
+// Imports and saves one file in a transaction level of its own inside the open batch. A study
+// whose symbol and exchange are saved already is refreshed in place (same CompanyID) unless
+// `saved` is null (--new asks for a second one). Answers the line to print once the batch has
+// committed, or nothing when the file was not saved (the reason already written to `err`).
+std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, IDatabase& db,
+                                     StudyIndex* saved, const std::string& file,
+                                     enumDataFile format, const ImportArgs& args) {
   Company company;
-  const enumDataFile format = FormatOf(file, args.format);
   if (!ReadStudy(ctx, loader, file, format, company)) {
     *ctx.err << "kwx: nothing imported from '" << file << "'\n";
-    return 0;
+    return std::nullopt;
   }
   if (args.defaults) loader.ComputeDefaults(company);
   if (format == idKWX) KeepIndustry(loader, company);  // the SSG import stored it already
+  const int32_t existing = saved ? StudyToRefresh(ctx, *saved, file, company) : 0;
+  if (existing < 0) return std::nullopt;
+
+  StudyLevel level(db);
+  if (existing > 0 && !ClearSeriesRows(db, existing)) {
+    *ctx.err << "kwx: '" << file << "' could not be saved (the old rows of study " << existing
+             << " could not be cleared)\n";
+    return std::nullopt;
+  }
+  company.CompanyID = existing;
   loader.Access_Update(company);
   PrintErrorReports(loader, *ctx.err);
-  if (company.CompanyID < 1) {
+  if (!loader.LastUpdateCommitted() || company.CompanyID < 1) {
     *ctx.err << "kwx: '" << file << "' could not be saved\n";
-    return 0;
+    return std::nullopt;
   }
-  *ctx.out << company.CompanyID << "\t" << company.strSymbol << "\t" << company.strName << "\n";
-  return company.CompanyID;
+  level.Keep();
+  if (saved && existing == 0) saved->Add(company.CompanyID, company.strSymbol, company.ExchangeID);
+  return std::to_string(company.CompanyID) + "\t" + company.strSymbol + "\t" + company.strName +
+         (existing > 0 ? "\tupdated" : "") + "\n";
 }
 
 struct ExportArgs {
@@ -134,32 +204,93 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
 
   auto im = std::make_shared<ImportArgs>();
   auto* import = app.add_subcommand(
-      "import", "import SSG or KWX files ('-' reads standard input) and save each study");
+      "import",
+      "import SSG or KWX files ('-' reads standard input) and save each study; a study saved "
+      "already (same symbol and exchange) is refreshed in place");
   import->add_option("FILE", im->files, "data files (.ssg or .kwx)")->required();
   import->add_option("--format", im->format, "the layout of every file")->check(formats);
   import->add_flag("--defaults", im->defaults,
                    "fill each study's unset analysis defaults before saving it");
+  import->add_flag("--new", im->new_study,
+                   "save each study as a new one even when its symbol and exchange are saved "
+                   "already (by default that study is refreshed in place)");
   import->callback([&ctx, im] {
-    kwxLoader& loader = ctx.OpenLoader();
-    IDatabase* db = loader.database().get();
     const size_t total = im->files.size();
+    // Every layout is settled before anything is saved: bad usage stops the command whole.
+    std::vector<enumDataFile> formats;
+    for (const std::string& file : im->files) formats.push_back(FormatOf(file, im->format));
+    kwxLoader& loader = ctx.OpenLoader();
+    if (!loader.database()) throw CommandError("no database object");
+    IDatabase& db = *loader.database();
+    // The saved studies a file may refresh, read once for the whole import.
+    std::optional<StudyIndex> index;
+    if (!im->new_study) index.emplace(loader);
     ProgressBar bar(*ctx.err, ctx.err_is_terminal && total > 1, total);
     size_t failed = 0;
-    for (size_t i = 0; i < total; ++i) {
-      if (db && i % kImportBatch == 0) db->BeginTrans();
+    std::string stopped;  // why the files left cannot be imported, once that is so
+    for (size_t start = 0; start < total; start += kImportBatch) {
+      const size_t end = std::min(total, start + kImportBatch);
+      if (!stopped.empty()) {
+        for (size_t i = start; i < end; ++i) {
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << stopped << "\n";
+        }
+        failed += end - start;
+        continue;
+      }
+      std::vector<std::pair<std::string, std::string>> saved;  // file, line to print
+      try {
+        db.BeginTrans();
+      } catch (const std::exception& e) {
+        bar.Clear();
+        for (size_t i = start; i < end; ++i) {
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
+        }
+        failed += end - start;
+        bar.Update(end);
+        continue;
+      }
+      for (size_t i = start; i < end; ++i) {
+        bar.Clear();
+        std::optional<std::string> line;
+        try {
+          line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i], formats[i],
+                           *im);
+        } catch (const std::exception& e) {
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
+        }
+        if (line) {
+          saved.emplace_back(im->files[i], std::move(*line));
+        } else {
+          ++failed;
+        }
+        bar.Update(i + 1);
+      }
       bar.Clear();
-      if (ImportOne(ctx, loader, im->files[i], *im) == 0) ++failed;
+      try {
+        db.CommitTrans();
+      } catch (const std::exception& e) {
+        for (const auto& [file, line] : saved) {
+          *ctx.err << "kwx: '" << file << "' not imported: " << e.what() << "\n";
+        }
+        failed += saved.size();
+        saved.clear();
+        // Reference rows added inside the batch went with it; the caches must not keep them.
+        loader.Access_blnOpenDatabase(ctx.options.db_path);
+        try {
+          if (index) index.emplace(loader);
+        } catch (const std::exception& e) {
+          // Without the saved studies a file would be added beside the study it refreshes.
+          stopped = e.what();
+        }
+      }
+      for (const auto& [file, line] : saved) *ctx.out << line;
       ctx.out->flush();
-      if (db && (i % kImportBatch == kImportBatch - 1 || i + 1 == total)) db->CommitTrans();
-      bar.Update(i + 1);
     }
     bar.Clear();
-    if (total > 1) {
-      char rate[32];
-      std::snprintf(rate, sizeof rate, "%.1f", bar.Rate(total));
-      *ctx.err << "kwx: imported " << (total - failed) << " of " << total << " files ("
-               << rate << " studies/s)\n";
-    }
+    char rate[32];
+    std::snprintf(rate, sizeof rate, "%.1f", bar.Rate(total));
+    *ctx.err << "kwx: imported " << (total - failed) << " of " << total << " files (" << rate
+             << " studies/s)\n";
     if (failed > 0) {
       throw CommandError(std::to_string(failed) + " of " + std::to_string(total) +
                          " files not imported");

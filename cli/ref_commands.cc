@@ -7,6 +7,7 @@
 #include "automation/text.h"
 #include "cli/commands.h"
 #include "cli/context.h"
+#include "cli/study_lookup.h"
 
 namespace kwx::cli {
 namespace {
@@ -97,7 +98,7 @@ void AddRefCommands(CLI::App& app, Context& ctx) {
     auto id = std::make_shared<int32_t>(0);
     auto new_name = std::make_shared<std::string>();
     auto* rename = table->add_subcommand("rename", "rename the row ID to NAME");
-    rename->add_option("ID", *id)->required();
+    rename->add_option("ID", *id)->required()->check(WholeNumberId());
     rename->add_option("NAME", *new_name)->required();
     rename->callback([&ctx, &m, id, new_name] {
       (ctx.OpenLoader().*m.update)(OneElement(Variant(*id)), OneElement(Variant(*new_name)));
@@ -105,7 +106,7 @@ void AddRefCommands(CLI::App& app, Context& ctx) {
 
     auto ids = std::make_shared<std::vector<int32_t>>();
     auto* del = table->add_subcommand("delete", "delete the rows ID...");
-    del->add_option("ID", *ids)->required();
+    del->add_option("ID", *ids)->required()->check(WholeNumberId());
     del->callback([&ctx, &m, ids] {
       SafeArray list = SafeArray::Vector(0, static_cast<int32_t>(ids->size()) - 1);
       for (size_t i = 0; i < ids->size(); ++i) list(static_cast<int32_t>(i)) = Variant((*ids)[i]);

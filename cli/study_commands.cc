@@ -136,7 +136,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
 
   auto delete_id = std::make_shared<int32_t>(0);
   auto* del = app.add_subcommand("delete", "delete a study with all its rows and memberships");
-  del->add_option("ID", *delete_id, "the company ID")->required();
+  del->add_option("ID", *delete_id, "the company ID")->required()->check(WholeNumberId());
   del->callback([&ctx, delete_id] {
     kwxLoader& loader = ctx.OpenLoader();
     if (!loader.Access_DoesRecordExist(*delete_id, "Company", "CompanyID")) {
@@ -161,7 +161,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
   auto* price = app.add_subcommand(
       "price", "set a study's current price and 52-week range in place (DATE M/d/yyyy or "
                "yyyy-mm-dd)");
-  price->add_option("ID", p->id, "the company ID")->required();
+  price->add_option("ID", p->id, "the company ID")->required()->check(WholeNumberId());
   price->add_option("PRICE", p->price, "the current price")->required();
   price->add_option("DATE", p->date, "the day of the price")->required();
   price->add_option("HIGH", p->high, "the 52-week high")->required();

@@ -114,6 +114,10 @@ class kwxLoader {
   // study (CompanyID below 1) is inserted and receives its database-assigned CompanyID. With
   // `blnUpdateJudgment` false the judgment groups and market averages are left alone.
   void Access_Update(Company& objCompany, bool blnUpdateJudgment = true);
+  // True when the latest Access_Update committed its transaction; false before the first one
+  // and when it rolled back (a failed statement is not always an error report, so a host that
+  // must know whether a study was saved asks here).
+  bool LastUpdateCommitted() const noexcept { return last_update_committed_; }
 
   // ---- Prices, lists, checks and deletion ----
 
@@ -205,6 +209,7 @@ class kwxLoader {
   std::shared_ptr<IDataFile> reader_;
   ReferenceCaches caches_;
   Variant trend_;  // never assigned
+  bool last_update_committed_ = false;
   ErrorLog errors_;
 };
 

@@ -12,7 +12,7 @@ void kwxLoader::Access_Get(int32_t lngCompanyID, const std::string& strSymbol,
 }
 
 void kwxLoader::Access_Update(Company& objCompany, bool blnUpdateJudgment) {
-  SaveCompany(Store(), objCompany, blnUpdateJudgment);
+  last_update_committed_ = SaveCompany(Store(), objCompany, blnUpdateJudgment);
 }
 
 }  // namespace kwx

@@ -1,10 +1,24 @@
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "automation/conversions.h"
+#include "automation/registry.h"
+#include "automation/safe_array.h"
+#include "cli/app.h"
+#include "loader/kwx_loader.h"
+#include "model/company.h"
+#include "services/sqlite_database.h"
 #include "tests/support/cli_runner.h"
 #include "tests/support/test_util.h"
 
@@ -17,6 +31,56 @@ using testing::RunKwx;
 // A KWX text naming one study.
 std::string KwxText(const std::string& symbol, const std::string& name) {
   return "1.01\r\n\r\nC1\r\n" + name + "\r\n" + symbol + "\r\n\r\nJun/30/2005\r\n";
+}
+
+// `count` KWX files S0.kwx ... in `dir`, each its own study (symbol S0 ...), in file order.
+std::vector<std::string> KwxFiles(const testing::TempDir& dir, int count) {
+  std::vector<std::string> files;
+  for (int i = 0; i < count; ++i) {
+    const std::string symbol = "S" + std::to_string(i);
+    files.push_back(testing::WriteFile(dir.File(symbol + ".kwx"), KwxText(symbol, "Study")));
+  }
+  return files;
+}
+
+// The real database object, but a statement that begins with `fail_prefix` fails, and the
+// outermost commit fails (undoing its work, as a full disk would) while `fail_commits` > 0.
+class FailingDatabase : public IDatabase {
+ public:
+  static inline int fail_commits = 0;
+  static inline std::string fail_prefix;
+
+  bool blnOpenDatabase(std::string& path) override { return real_.blnOpenDatabase(path); }
+  bool CloseNCompact(std::string& path) override { return real_.CloseNCompact(path); }
+  bool blnExecute(const std::string& sql, Variant& fields, Variant& data) override {
+    if (!fail_prefix.empty() && sql.rfind(fail_prefix, 0) == 0) return false;
+    return real_.blnExecute(sql, fields, data);
+  }
+  int32_t lngRowCount() override { return real_.lngRowCount(); }
+  void BeginTrans() override { real_.BeginTrans(); }
+  void CommitTrans() override {
+    if (real_.TransactionDepth() == 1 && fail_commits > 0) {
+      --fail_commits;
+      real_.RollbackTrans();
+      throw AutomationError(err::kInvalidCall, "CommitTrans failed: disk I/O error");
+    }
+    real_.CommitTrans();
+  }
+  void RollbackTrans() override { real_.RollbackTrans(); }
+
+ private:
+  SqliteDatabase real_;
+};
+
+// The number a query of one number answers.
+int32_t Count(kwxLoader& loader, const std::string& sql) {
+  Variant data, fields;
+  loader.Access_GetCompanies(sql, data, fields);
+  return data.IsArray() ? CLng(data.AsArray()(0, 0)) : -1;
+}
+int32_t Count(const std::string& db, const std::string& sql) {
+  kwxLoader loader;
+  return loader.Access_blnOpenDatabase(db) ? Count(loader, sql) : -1;
 }
 
 TEST(FileCommands, ImportReadAndExport) {
@@ -38,11 +102,17 @@ TEST(FileCommands, ImportReadAndExport) {
   };
   const Case cases[] = {
       {{"import", a, b}, "", 0, "1\tAAA\tAlpha\n2\tBBB\tBeta\n", ""},
-      {{"import", dir.File("missing.kwx"), blank, a}, "", 1, "3\tAAA\tAlpha\n", "missing.kwx"},
-      {{"import", dir.File("missing.kwx"), blank}, "", 1, "", "blank.kwx"},
-      {{"import", "--format", "kwx", as_kwx}, "", 0, "4\tCCC\tGamma\n", ""},
-      {{"import", as_kwx}, "", 2, "", "--format"},
-      {{"import", "--format", "kwx", "-"}, KwxText("DDD", "Delta"), 0, "5\tDDD\tDelta\n", ""},
+      // A study saved already is refreshed in place.
+      {{"import", dir.File("missing.kwx"), blank, a},
+       "",
+       1,
+       "1\tAAA\tAlpha\tupdated\n",
+       "missing.kwx"},
+      {{"import", dir.File("missing.kwx"), blank}, "", 1, "", "imported 0 of 2 files"},
+      {{"import", "--format", "kwx", as_kwx}, "", 0, "3\tCCC\tGamma\n", "imported 1 of 1"},
+      // A layout that cannot be told stops the command before anything is saved.
+      {{"import", b, as_kwx}, "", 2, "", "--format"},
+      {{"import", "--format", "kwx", "-"}, KwxText("DDD", "Delta"), 0, "4\tDDD\tDelta\n", ""},
   };
   for (const Case& c : cases) {
     std::vector<std::string> args = {"--db", db};
@@ -118,6 +188,159 @@ TEST(FileCommands, StandardInputDecodesAsAFile) {
   const std::string lf_path = testing::WriteFile(dir.File("lf.kwx"), lf_text);
   EXPECT_EQ(RunKwx({"read", lf_path}).out, "LFS\tLinefeed\n");
   EXPECT_EQ(RunKwx({"read", "-", "--format", "kwx"}, lf_text).out, "LFS\tLinefeed\n");
+}
+
+// A batch whose commit fails reports its files as not imported, prints none of them, and the
+// import goes on with the next batch; the summary says what was saved.
+TEST(FileCommands, AFailedCommitPrintsNothingOfItsBatchAndGoesOn) {
+  testing::TempDir dir;
+  const std::string db = dir.File("studies.db");
+  ASSERT_EQ(RunKwx({"--db", db, "init"}).code, 0);
+  const std::vector<std::string> files = KwxFiles(dir, 60);
+  ScopedRegistration failing(progid::kDatabase, [] { return std::make_shared<FailingDatabase>(); });
+  FailingDatabase::fail_commits = 1;
+  std::vector<std::string> args = {"--db", db, "import"};
+  args.insert(args.end(), files.begin(), files.end());
+  CliResult r = RunKwx(args);
+  EXPECT_EQ(r.code, 1);
+  std::istringstream lines(r.out);
+  std::string line;
+  int printed = 0;
+  for (int i = 50; std::getline(lines, line); ++i, ++printed) {
+    EXPECT_NE(line.find("\tS" + std::to_string(i) + "\t"), std::string::npos) << line;
+  }
+  EXPECT_EQ(printed, 10);
+  EXPECT_NE(r.err.find("'" + files[0] + "' not imported: CommitTrans failed"), std::string::npos);
+  EXPECT_NE(r.err.find("imported 10 of 60 files"), std::string::npos) << r.err;
+  EXPECT_EQ(Count(db, "select count(*) from Company"), 10);
+}
+
+// Importing a saved symbol and exchange refreshes that study in place: same CompanyID, its
+// comparison and PERT memberships kept, no rows of the old file left; --new adds a second one,
+// and a refresh whose save fails leaves the saved study as it was.
+TEST(FileCommands, ASavedStudyIsRefreshedInPlace) {
+  testing::TempDir dir;
+  const std::string db = dir.File("studies.db");
+  auto kwx = [&](std::vector<std::string> args) {
+    args.insert(args.begin(), {"--db", db});
+    return RunKwx(args);
+  };
+  ASSERT_EQ(kwx({"init"}).code, 0);
+  // The same study as written with three PERT rows, then with one and a new name.
+  kwxLoader writer;
+  Company c;
+  c.strSymbol = "AAA";
+  c.strName = "Alpha";
+  c.ExchangeID = "NYSE";
+  c.JudgmentPERT = {{1, 0.5f, 2.0f}, {2, 0.5f, 2.0f}, {3, 0.5f, 2.0f}};
+  const std::string three = dir.File("three.kwx");
+  ASSERT_TRUE(writer.KWX_Update(c, three));
+  c.strName = "Alpha Two";
+  c.JudgmentPERT.resize(1);
+  const std::string one = dir.File("one.kwx");
+  ASSERT_TRUE(writer.KWX_Update(c, one));
+
+  ASSERT_EQ(kwx({"import", three}).out, "1\tAAA\tAlpha\n");
+  ASSERT_EQ(kwx({"comparison", "save", "Picks", "1"}).code, 0);
+  ASSERT_EQ(kwx({"pert", "save", "Watch", "1"}).code, 0);
+  CliResult refreshed = kwx({"import", one});
+  EXPECT_EQ(refreshed.out, "1\tAAA\tAlpha Two\tupdated\n") << refreshed.err;
+  const std::string pert_rows = "select count(*) from JudgmentPERT where CompanyID = 1";
+  EXPECT_EQ(Count(db, pert_rows), 1);
+  EXPECT_EQ(Count(db, "select count(*) from Yearly where CompanyID = 1"), 10);
+  EXPECT_EQ(Count(db, "select count(*) from ComparisonCompany where CompanyID = 1"), 1);
+  EXPECT_EQ(Count(db, "select count(*) from PERTReportCompany where CompanyID = 1"), 1);
+
+  // A refresh whose save fails keeps the saved rows: the old ones were cleared in its own level.
+  {
+    ScopedRegistration failing(progid::kDatabase,
+                               [] { return std::make_shared<FailingDatabase>(); });
+    FailingDatabase::fail_prefix = "insert into JudgmentPERT";
+    CliResult failed = kwx({"import", three});
+    FailingDatabase::fail_prefix.clear();
+    EXPECT_EQ(failed.code, 1);
+    EXPECT_EQ(failed.out, "");
+    EXPECT_NE(failed.err.find("could not be saved"), std::string::npos) << failed.err;
+  }
+  EXPECT_EQ(Count(db, pert_rows), 1);
+  EXPECT_EQ(Count(db, "select count(*) from Monthly where CompanyID = 1"), 72);
+  EXPECT_EQ(Count(db, "select count(*) from Company where strName = 'Alpha Two'"), 1);
+
+  // --new saves a second study on purpose; a plain import then cannot tell which to refresh.
+  EXPECT_EQ(kwx({"import", "--new", one}).out, "2\tAAA\tAlpha Two\n");
+  CliResult ambiguous = kwx({"import", one});
+  EXPECT_EQ(ambiguous.code, 1);
+  EXPECT_NE(ambiguous.err.find("IDs 1, 2"), std::string::npos) << ambiguous.err;
+  EXPECT_EQ(Count(db, "select count(*) from Company"), 2);
+}
+
+// Kills `kwx import` of many files at random moments; every study it printed before it died is
+// in the database and loads whole. KWX_KILL_TRIALS sets the number of trials (default 3).
+TEST(FileCommands, AKilledImportPrintedOnlyStudiesItSaved) {
+  testing::TempDir dir;
+  const std::vector<std::string> files = KwxFiles(dir, 400);
+  const char* env = std::getenv("KWX_KILL_TRIALS");
+  const int trials = env ? std::atoi(env) : 3;
+  std::random_device seed;
+  std::mt19937 random(seed());
+  int printed_in_all = 0;
+  for (int trial = 0; trial < trials; ++trial) {
+    const std::string db = dir.File("kill" + std::to_string(trial) + ".db");
+    ASSERT_EQ(RunKwx({"--db", db, "init"}).code, 0);
+    std::vector<std::string> args = {"--db", db, "import"};
+    args.insert(args.end(), files.begin(), files.end());
+    int out[2];
+    ASSERT_EQ(pipe(out), 0);
+    // The child must not inherit and write again what the test itself has not yet written.
+    std::cout.flush();
+    std::fflush(stdout);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      dup2(out[1], STDOUT_FILENO);
+      close(out[0]);
+      close(out[1]);
+      std::ostringstream err;
+      std::_Exit(cli::Run(args, std::cin, std::cout, err));
+    }
+    close(out[1]);
+    const int delay_us = std::uniform_int_distribution<int>(0, 1'200'000)(random);
+    usleep(delay_us);
+    kill(child, SIGKILL);
+    std::string printed;
+    char buffer[4096];
+    for (ssize_t n; (n = read(out[0], buffer, sizeof buffer)) > 0;) printed.append(buffer, n);
+    close(out[0]);
+    waitpid(child, nullptr, 0);
+
+    // A kill in the middle of a write may leave the last line cut short.
+    printed.erase(printed.find_last_of('\n') + 1);
+    kwxLoader loader;
+    ASSERT_TRUE(loader.Access_blnOpenDatabase(db));
+    std::istringstream lines(printed);
+    std::string line;
+    while (std::getline(lines, line)) {
+      ++printed_in_all;
+      const std::string id = line.substr(0, line.find('\t'));
+      const std::string symbol =
+          line.substr(id.size() + 1, line.find('\t', id.size() + 1) - id.size() - 1);
+      SCOPED_TRACE("trial " + std::to_string(trial) + ", killed after " + std::to_string(delay_us) +
+                   " us, line " + line);
+      Company company;
+      loader.Access_Get(std::stoi(id), "", "", company);
+      EXPECT_EQ(company.strSymbol, symbol);
+      const std::pair<const char*, int> series[] = {
+          {"Yearly", 10}, {"Quarterly", 36}, {"Monthly", 72}, {"JudgmentPMG", 5}};
+      for (const auto& [table, rows] : series) {
+        EXPECT_EQ(Count(loader,
+                        std::string("select count(*) from ") + table + " where CompanyID = " + id),
+                  rows)
+            << table;
+      }
+    }
+  }
+  std::cout << "kill trials: " << trials << ", studies printed and checked: " << printed_in_all
+            << " of " << trials * files.size() << "\n";
 }
 
 }  // namespace

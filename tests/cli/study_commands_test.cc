@@ -41,6 +41,8 @@ class StudyCommandsTest : public ::testing::Test {
     c.datLastFY = DateSerial(2023, 12, 31);
     c.Notes = "watch it";
     c.Yearly[0].Sales = 100.0f;
+    c.JudgmentPMG[0].HiPE = 25.0f;
+    c.JudgmentPERT = {{1, 0.5f, 2.0f}, {2, 0.25f, 4.0f}};
     loader.Access_Update(c);
     EXPECT_TRUE(loader.ErrorReports().empty());
     return c.CompanyID;
@@ -73,7 +75,7 @@ TEST_F(StudyCommandsTest, ShowJsonListsEveryProperty) {
     EXPECT_TRUE(j[group].is_object()) << group;
   }
   const std::pair<const char*, size_t> series[] = {
-      {"Yearly", 10}, {"Quarterly", 36}, {"Monthly", 72}, {"JudgmentPMG", 5}, {"JudgmentPERT", 0}};
+      {"Yearly", 10}, {"Quarterly", 36}, {"Monthly", 72}, {"JudgmentPMG", 5}, {"JudgmentPERT", 2}};
   for (const auto& [name, rows] : series) EXPECT_EQ(j[name].size(), rows) << name;
   EXPECT_EQ(j["strName"], "Abc's Widgets");
   EXPECT_EQ(j["ExchangeID"], "NYSE");
@@ -86,6 +88,62 @@ TEST_F(StudyCommandsTest, ShowJsonListsEveryProperty) {
   EXPECT_EQ(nlohmann::json::parse(Kwx({"show", "ABC", "NYSE", "--json"}).out)["CompanyID"], id_);
   EXPECT_NE(Kwx({"show", std::to_string(id_)}).out.find("Abc's Widgets (ABC on NYSE)"),
             std::string::npos);
+}
+
+// A symbol and an exchange find their study whatever the case, an apostrophe included, and the
+// study is then loaded by its ID, so show, export and defaults see its PMG and PERT rows too.
+TEST_F(StudyCommandsTest, ASymbolAndExchangeNameTheWholeStudy) {
+  const int32_t quoted = SaveStudy("O'K", "Okay", 1.0f);
+  struct Case {
+    std::vector<std::string> words;
+    int code;
+    int32_t id;
+  } cases[] = {
+      {{"abc", "nyse"}, 0, id_}, {{"o'k", "Nyse"}, 0, quoted}, {{"ABC", "TSX"}, 1, 0}};
+  for (const Case& c : cases) {
+    CliResult r = Kwx({"show", c.words[0], c.words[1], "--json"});
+    ASSERT_EQ(r.code, c.code) << c.words[0] << r.err;
+    if (c.code != 0) continue;
+    const nlohmann::json j = nlohmann::json::parse(r.out);
+    EXPECT_EQ(j["CompanyID"], c.id) << c.words[0];
+    EXPECT_EQ(j["JudgmentPMG"][0]["HiPE"], 25.0) << c.words[0];
+    EXPECT_EQ(j["JudgmentPERT"].size(), 2u) << c.words[0];
+  }
+
+  const std::string out = dir_.File("abc.kwx");
+  ASSERT_EQ(Kwx({"export", "abc", "NYSE", out}).code, 0);
+  const nlohmann::json exported = nlohmann::json::parse(testing::RunKwx({"read", out, "--json"}).out);
+  EXPECT_EQ(exported["JudgmentPMG"][0]["HiPE"], 25.0);
+  EXPECT_EQ(exported["JudgmentPERT"].size(), 2u);
+
+  CliResult defaults = Kwx({"defaults", "ABC", "nyse"});
+  ASSERT_EQ(defaults.code, 0) << defaults.err;
+  EXPECT_NE(defaults.out.find("saved study"), std::string::npos) << defaults.out;
+  const nlohmann::json after = ShowJson(std::to_string(id_));
+  EXPECT_EQ(after["JudgmentPMG"][0]["HiPE"], 25.0) << "the analyst's judgment is kept";
+  EXPECT_EQ(after["JudgmentPERT"].size(), 2u);
+
+  // A symbol saved twice names no one study.
+  const int32_t twin = SaveStudy("ABC", "Abc again", 2.0f);
+  CliResult both = Kwx({"show", "ABC", "NYSE"});
+  EXPECT_EQ(both.code, 2);
+  EXPECT_NE(both.err.find("IDs " + std::to_string(id_) + ", " + std::to_string(twin)),
+            std::string::npos) << both.err;
+}
+
+// IDs are whole numbers in decimal: nothing else is read as some other ID.
+TEST_F(StudyCommandsTest, IdsThatAreNoWholeNumbersAreRefused) {
+  const std::vector<std::string> commands[] = {
+      {"show", "1.5"},          {"delete", "1e3"},         {"price", "x", "1", "1/2/2024", "1", "1"},
+      {"export", "0x1", "a.kwx"}, {"defaults", "1.0"},     {"comparison", "show", "1.5"},
+      {"pert", "delete", "-1"}, {"comparison", "save", "n", "1", "2.5"},
+      {"ref", "sector", "rename", "1e0", "Energy"}};
+  for (const auto& args : commands) {
+    CliResult r = Kwx(args);
+    EXPECT_EQ(r.code, 2) << args[0] << " " << args[1];
+    EXPECT_NE(r.err.find("is not a whole number"), std::string::npos) << r.err;
+  }
+  EXPECT_EQ(Kwx({"show", "1"}).code, 0) << "the study of ID 1 is still there";
 }
 
 TEST_F(StudyCommandsTest, AStudyThatIsNotFoundIsOneLineOnStderrAndExitOne) {

@@ -8,6 +8,9 @@
 #include "automation/registry.h"
 #include "automation/safe_array.h"
 #include "loader/kwx_loader.h"
+#include "model/company.h"
+#include "model/comparison.h"
+#include "model/pert_report.h"
 #include "tests/support/recording_database.h"
 #include "tests/support/test_util.h"
 
@@ -101,6 +104,76 @@ TEST(LoaderPlatform, MissingProgIdsLeaveTheObjectsUnsetAndCallsFailQuietly) {
   EXPECT_TRUE(loader.vntSector().IsEmpty());
   // Compacting is the one member whose failure reaches the caller.
   EXPECT_THROW(loader.Access_CompactDB("x.db"), AutomationError);
+}
+
+// A host on the SP platform whose database ProgID is not installed: every member runs without
+// a database object, reports or answers failure, and never touches a null object.
+TEST(LoaderPlatform, EveryMemberCopesWithNoDatabaseObject) {
+  ScopedRegistration no_db(progid::kDatabaseSP, nullptr);
+  kwxLoader loader;
+  loader.ProgramPlatform(kPlatformSP);
+  ASSERT_EQ(loader.database(), nullptr);
+  const Variant ids = testing::Array({Variant(1)});
+  const Variant names = testing::Array({Variant("Energy")});
+  Variant a, b;
+  Company company;
+  company.strSymbol = "ABC";
+  Comparison comparison;
+  PERTReport report;
+  EXPECT_FALSE(loader.Access_blnOpenDatabase("x.db"));
+  EXPECT_FALSE(loader.Access_DoesRecordExist(1, "Company", "CompanyID"));
+  loader.Access_RefreshExchange();
+  // The table loads continue past errors: one empty element, as for an unreadable table.
+  EXPECT_EQ(Texts(loader.vntIndustry()), (std::vector<std::string>{"<empty>"}));
+  loader.Access_GetIndustry(a, b);
+  EXPECT_EQ(Texts(b), (std::vector<std::string>{"<empty>"}));
+  loader.Access_UpdateSector(ids, names);
+  loader.Access_UpdateExchange(ids, names);
+  loader.Access_UpdateDataSource(ids, names);
+  loader.Access_UpdateIndustry(ids, names);
+  loader.Access_DeleteSector(ids);
+  loader.Access_DeleteExchange(ids);
+  loader.Access_DeleteDataSource(ids);
+  loader.Access_DeleteIndustry(ids);
+  loader.Access_AddSector("Energy");
+  loader.Access_AddExchange("NYSE");
+  loader.Access_AddDataSource("Own");
+  loader.Access_AddIndustry("Banks");
+  loader.Access_Get(1, "", "", company);
+  loader.Access_Get(0, "ABC", "NYSE", company);
+  loader.Access_Update(company);
+  EXPECT_EQ(company.CompanyID, 0);
+  EXPECT_FALSE(loader.LastUpdateCommitted());
+  EXPECT_FALSE(loader.Access_UpdateCompanyPrice(1, 1, Date{}, 1, 1));
+  a = b = Variant();
+  loader.Access_GetCompanies("select * from Company", a, b);
+  EXPECT_TRUE(a.IsEmpty());
+  loader.Access_Delete(1);
+  loader.Access_UpdateComparison(comparison);
+  loader.Access_GetComparison(comparison);
+  loader.Access_DeleteComparison(1);
+  loader.Access_DeleteComparisonCompany(1, 1);
+  loader.Access_UpdatePERTReport(report);
+  loader.Access_GetPERTReport(report);
+  loader.Access_DeletePERTReport(1);
+  loader.Access_DeletePERTReportCompany(1, 1);
+  loader.Stream_Get("1.01\r\n\r\nC1\r\nName\r\nSYM\r\n", company, idKWX);
+  testing::TempDir dir;
+  EXPECT_TRUE(loader.KWX_Update(company, dir.File("a.kwx")));
+  EXPECT_TRUE(loader.SSG_Update(company, dir.File("a.ssg")));
+  loader.KWX_Get(dir.File("a.kwx"), company);
+  loader.SSG_Get(dir.File("a.ssg"), company);
+  EXPECT_EQ(company.strSymbol, "SYM");
+  for (const Variant& cached : {loader.vntSector(), loader.vntExchange(), loader.vntDataSource(),
+                                loader.vntTrend()}) {
+    EXPECT_FALSE(cached.IsArray() && cached.AsArray().UBound() > 0);
+  }
+  loader.Access_GetSector(a, b);
+  loader.Access_GetExchange(a, b);
+  loader.Access_GetDataSource(a, b);
+  loader.ComputeDefaults(company);
+  EXPECT_THROW(loader.Access_CompactDB("x.db"), AutomationError);
+  EXPECT_FALSE(loader.ErrorReports().empty());
 }
 
 TEST(LoaderCaches, OpenLoadsSectorExchangeDataSourceInOrderAndAFailedOpenKeepsThem) {
