@@ -1,0 +1,525 @@
+#include "chart/chart_scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "automation/dates.h"
+#include "common/helpers.h"
+
+namespace kwx {
+namespace {
+
+// --- Page layout, in points. A landscape page that prints well and reads on a screen. ------
+constexpr double kPageWidth = 900;
+constexpr double kPageHeight = 640;
+constexpr double kPlotLeft = 64;
+constexpr double kPlotTop = 78;
+constexpr double kPlotRight = 672;
+constexpr double kPlotBottom = 512;
+constexpr double kLegendLeft = 692;
+constexpr double kLegendTop = 92;
+constexpr double kLegendStep = 19;
+constexpr double kNotesTop = kPlotBottom + 54;
+constexpr double kNoteStep = 15;
+constexpr double kMinYearLabelSpacing = 30;  // closer year labels overlap: label every other
+// Points per tenfold step of the value axis from which the 5s, and then the 2s and 3s, get a
+// labelled grid line of their own; below that they would crowd.
+constexpr double kDecadeRoomForFives = 60;
+constexpr double kDecadeRoomForTwos = 110;
+// How far the projection lines reach past the latest fiscal year.
+constexpr int kProjectionYears = 5;
+
+constexpr SceneColor kInk{0.13, 0.13, 0.13};
+constexpr SceneColor kMuted{0.42, 0.42, 0.42};
+constexpr SceneColor kFrame{0.55, 0.55, 0.55};
+constexpr SceneColor kGrid{0.84, 0.84, 0.84};
+constexpr SceneColor kMinorGrid{0.93, 0.93, 0.93};
+constexpr SceneColor kProjectedShade{0.95, 0.96, 0.99};
+constexpr SceneColor kPriceBar{0.80, 0.80, 0.80};
+constexpr SceneColor kWarning{0.70, 0.12, 0.10};
+
+// The plotted yearly series, in drawing and legend order. `name` is the column and the name a
+// reader finds on the drawn path; `label` is what a person reads.
+struct SeriesDef {
+  const char* name;
+  const char* label;
+  const char* note_label;  // the label inside a sentence
+  float YearlyRow::*value;
+  float JudgmentGraphGroup::*factor;
+  SceneColor color;
+  double width;
+  bool dashed;
+};
+constexpr SeriesDef kSeries[] = {
+    {"Sales", "Sales", "sales", &YearlyRow::Sales, &JudgmentGraphGroup::sngFactorRev,
+     {0.10, 0.52, 0.20}, 2.2, false},
+    {"EPS", "EPS", "EPS", &YearlyRow::EPS, &JudgmentGraphGroup::sngFactorEPS, {0.11, 0.33, 0.76}, 2.2,
+     false},
+    {"PretaxIncome", "Pre-tax income", "pre-tax income", &YearlyRow::PretaxIncome,
+     &JudgmentGraphGroup::sngFactorPTI, {0.85, 0.45, 0.05}, 1.8, false},
+    {"HighPrice", "High price", "high price", &YearlyRow::HighPrice, &JudgmentGraphGroup::sngFactorPrice52W,
+     {0.30, 0.30, 0.30}, 1.1, false},
+    {"LowPrice", "Low price", "low price", &YearlyRow::LowPrice, &JudgmentGraphGroup::sngFactorPrice52W,
+     {0.30, 0.30, 0.30}, 1.1, true},
+};
+constexpr size_t kHighPrice = 3;
+constexpr size_t kLowPrice = 4;
+
+// The two fitted growth lines of the judgment graph, each a trend through the history and a
+// projection from the latest fiscal year five years ahead.
+struct GrowthLineDef {
+  const char* label;
+  const char* trend_name;
+  const char* projection_name;
+  size_t series;  // index into kSeries, for the colour
+  float JudgmentGraphGroup::*trend_x1;
+  float JudgmentGraphGroup::*trend_y1;
+  float JudgmentGraphGroup::*trend_x2;
+  float JudgmentGraphGroup::*trend_y2;
+  float JudgmentGraphGroup::*projection_y1;
+  float JudgmentGraphGroup::*projection_y2;
+  float Company::*history_rate;
+  float Company::*projected_rate;
+};
+constexpr GrowthLineDef kGrowthLines[] = {
+    {"Sales", "SalesTrend", "SalesProjection", 0, &JudgmentGraphGroup::sngRevTrendX1,
+     &JudgmentGraphGroup::sngRevTrendY1, &JudgmentGraphGroup::sngRevTrendX2,
+     &JudgmentGraphGroup::sngRevTrendY2, &JudgmentGraphGroup::sngRevProjY1,
+     &JudgmentGraphGroup::sngRevProjY2, &Company::sngRevHistGrowth, &Company::sngRevProjGrRate},
+    {"EPS", "EPSTrend", "EPSProjection", 1, &JudgmentGraphGroup::sngEPSTrendX1,
+     &JudgmentGraphGroup::sngEPSTrendY1, &JudgmentGraphGroup::sngEPSTrendX2,
+     &JudgmentGraphGroup::sngEPSTrendY2, &JudgmentGraphGroup::sngEPSProjY1,
+     &JudgmentGraphGroup::sngEPSProjY2, &Company::sngEPSHistGrowth, &Company::sngEPSProjGrRate},
+};
+
+bool Drawable(double v) { return std::isfinite(v) && v > 0; }
+
+std::string Format(const char* format, double v) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, format, v);
+  return buffer;
+}
+
+// A value-axis label: short and exact for the 1-2-3-5 steps at any size.
+std::string TickLabel(double v) {
+  if (v >= 1e6) return Format("%gM", v / 1e6);
+  if (v >= 1e4) return Format("%gk", v / 1e3);
+  return Format("%g", v);
+}
+
+// The 1-2-3-5 steps of the ratio scale, each decade's steps in ascending order.
+constexpr double kSteps[] = {1, 2, 3, 5};
+
+// The largest step value at or below v, and the smallest at or above it.
+double StepAtOrBelow(double v) {
+  const double decade = std::pow(10.0, std::floor(std::log10(v)));
+  double best = decade;
+  for (double s : kSteps) {
+    if (s * decade <= v * (1 + 1e-9)) best = s * decade;
+  }
+  return best;
+}
+double StepAtOrAbove(double v) {
+  const double decade = std::pow(10.0, std::floor(std::log10(v)));
+  for (double s : kSteps) {
+    if (s * decade >= v * (1 - 1e-9)) return s * decade;
+  }
+  return 10 * decade;
+}
+double NextStep(double v) { return StepAtOrAbove(v * 1.01); }
+double PreviousStep(double v) { return StepAtOrBelow(v * 0.99); }
+
+// Years as a compact list: "2012-2014, 2016".
+std::string YearList(const std::vector<int>& years) {
+  std::string out;
+  for (size_t i = 0; i < years.size();) {
+    size_t j = i;
+    while (j + 1 < years.size() && years[j + 1] == years[j] + 1) ++j;
+    if (!out.empty()) out += ", ";
+    out += std::to_string(years[i]);
+    if (j > i) out += "-" + std::to_string(years[j]);
+    i = j + 1;
+  }
+  return out;
+}
+
+std::string DateText(Date d) {
+  char buffer[16];
+  std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d", Year(d), Month(d), Day(d));
+  return buffer;
+}
+
+// A chart being laid out: the axes' mapping and the elements so far.
+class Layout {
+ public:
+  Layout(int first_year, int last_year, double low, double high)
+      : first_year_(first_year),
+        year_count_(last_year - first_year + 1),
+        log_low_(std::log10(low)),
+        log_span_(std::log10(high) - std::log10(low)) {}
+
+  double X(double year) const {
+    return kPlotLeft + (year - first_year_ + 0.5) * (kPlotRight - kPlotLeft) / year_count_;
+  }
+  double Y(double value) const {
+    return kPlotBottom - (std::log10(value) - log_low_) / log_span_ * (kPlotBottom - kPlotTop);
+  }
+  double DecadeHeight() const { return (kPlotBottom - kPlotTop) / log_span_; }
+  double YearWidth() const { return (kPlotRight - kPlotLeft) / year_count_; }
+
+ private:
+  int first_year_;
+  int year_count_;
+  double log_low_;
+  double log_span_;
+};
+
+ScenePath Line(ScenePoint a, ScenePoint b, SceneColor color, double width) {
+  ScenePath path;
+  path.runs = {{a, b}};
+  path.color = color;
+  path.width = width;
+  return path;
+}
+
+ScenePath Box(double left, double top, double right, double bottom, SceneColor fill) {
+  ScenePath path;
+  path.runs = {{{left, top}, {right, top}, {right, bottom}, {left, bottom}}};
+  path.color = fill;
+  path.width = 0;
+  path.filled = true;
+  path.fill = fill;
+  return path;
+}
+
+SceneText Text(double x, double y, std::string text, double size, SceneColor color,
+               TextAnchor anchor = TextAnchor::kStart, std::string role = "") {
+  SceneText t;
+  t.at = {x, y};
+  t.text = std::move(text);
+  t.size = size;
+  t.color = color;
+  t.anchor = anchor;
+  t.role = std::move(role);
+  return t;
+}
+
+std::vector<double> DashOf(bool dashed) { return dashed ? std::vector<double>{5, 3} : std::vector<double>{}; }
+
+}  // namespace
+
+ChartScene BuildChartScene(const Company& company, Date today) {
+  ChartScene scene;
+  scene.width = kPageWidth;
+  scene.height = kPageHeight;
+  scene.plot_top_left = {kPlotLeft, kPlotTop};
+  scene.plot_bottom_right = {kPlotRight, kPlotBottom};
+  std::vector<std::string> notes;
+
+  // Row i of the yearly series is the fiscal year i years before the latest one. Without a
+  // fiscal year-end the rows are counted from 0 at the oldest, as the fitted lines count them.
+  const int rows = static_cast<int>(company.Yearly.size());
+  const bool has_year_end = IsValidDate(company.datLastFY);
+  const int latest = has_year_end ? Year(company.datLastFY) : std::max(rows, 1) - 1;
+  if (!has_year_end) notes.push_back("no fiscal year-end date: years are counted from the oldest row");
+  const int first_year = latest - std::max(rows, 1) + 1;
+  const int last_year = latest + kProjectionYears;
+  const JudgmentGraphGroup& graph = company.JudgmentGraph;
+
+  // The values each series shows, by row, already times its factor.
+  struct Plotted {
+    double factor = 1;
+    std::vector<std::optional<double>> values;
+    bool any = false;
+    bool below_zero = false;
+  };
+  std::vector<Plotted> plotted(std::size(kSeries));
+  std::vector<double> all_values;
+  for (size_t s = 0; s < std::size(kSeries); ++s) {
+    const SeriesDef& def = kSeries[s];
+    Plotted& p = plotted[s];
+    const double factor = graph.*def.factor;
+    p.factor = (std::isfinite(factor) && factor != 0) ? factor : 1;
+    for (const YearlyRow& row : company.Yearly) {
+      const double v = static_cast<double>(row.*def.value) * p.factor;
+      if (Drawable(v)) {
+        p.values.push_back(v);
+        p.any = true;
+        all_values.push_back(v);
+      } else {
+        p.values.push_back(std::nullopt);
+        if (std::isfinite(v) && v < 0) p.below_zero = true;
+      }
+    }
+  }
+
+  // The growth lines the study holds, as end points (year, value).
+  struct Segment {
+    double x1, y1, x2, y2;
+  };
+  struct Growth {
+    std::optional<Segment> trend;
+    std::optional<Segment> projection;
+  };
+  std::vector<Growth> growth(std::size(kGrowthLines));
+  bool any_line_field = false;
+  for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
+    const GrowthLineDef& def = kGrowthLines[g];
+    const double x1 = graph.*def.trend_x1, y1 = graph.*def.trend_y1;
+    const double x2 = graph.*def.trend_x2, y2 = graph.*def.trend_y2;
+    const double p1 = graph.*def.projection_y1, p2 = graph.*def.projection_y2;
+    if (x1 != 0 || y1 != 0 || x2 != 0 || y2 != 0 || p1 != 0 || p2 != 0) any_line_field = true;
+    auto on_axis = [&](double x) { return std::isfinite(x) && x >= first_year - 1 && x <= last_year + 1; };
+    if (Drawable(y1) && Drawable(y2) && x1 != x2) {
+      if (on_axis(x1) && on_axis(x2)) {
+        growth[g].trend = Segment{x1, y1, x2, y2};
+      } else {
+        notes.push_back(std::string(def.label) + " trend line lies outside the years shown (" +
+                        Format("%g", x1) + " to " + Format("%g", x2) + ")");
+      }
+    }
+    if (Drawable(p1) && Drawable(p2)) {
+      growth[g].projection = Segment{static_cast<double>(latest), p1,
+                                     static_cast<double>(latest + kProjectionYears), p2};
+    }
+    for (const auto& segment : {growth[g].trend, growth[g].projection}) {
+      if (segment) {
+        all_values.push_back(segment->y1);
+        all_values.push_back(segment->y2);
+      }
+    }
+  }
+
+  // The value axis: from the 1-2-3-5 step at or below the smallest value to the one at or above
+  // the largest, at least one tenfold apart.
+  double low = 1, high = 10;
+  if (!all_values.empty()) {
+    const auto [min_it, max_it] = std::minmax_element(all_values.begin(), all_values.end());
+    low = StepAtOrBelow(*min_it);
+    high = StepAtOrAbove(*max_it);
+    for (bool widen_low = true; high / low < 10 * (1 - 1e-9); widen_low = !widen_low) {
+      if (widen_low) low = PreviousStep(low); else high = NextStep(high);
+    }
+  }
+  const Layout layout(first_year, last_year, low, high);
+  auto& out = scene.elements;
+
+  // The projected years, shaded, behind everything else.
+  const double projected_left = layout.X(latest + 0.5);
+  out.push_back(Box(projected_left, kPlotTop, kPlotRight, kPlotBottom, kProjectedShade));
+  out.push_back(Text((projected_left + kPlotRight) / 2, kPlotTop + 13, "projected", 9, kMuted,
+                     TextAnchor::kMiddle));
+
+  // Grid and value labels. Every step gets a grid line; the labels thin out when the decades
+  // are short, the 1s always kept.
+  const double decade_height = layout.DecadeHeight();
+  for (double decade = std::pow(10.0, std::floor(std::log10(low))); decade < high * 1.001; decade *= 10) {
+    for (int k = 1; k <= 9; ++k) {
+      const double v = k * decade;
+      if (v < low * (1 - 1e-9) || v > high * (1 + 1e-9)) continue;
+      const bool step = k == 1 || k == 2 || k == 3 || k == 5;
+      const bool labelled = k == 1 || (k == 5 && decade_height >= kDecadeRoomForFives) ||
+                            ((k == 2 || k == 3) && decade_height >= kDecadeRoomForTwos);
+      if (!step && decade_height < kDecadeRoomForTwos) continue;
+      const double y = layout.Y(v);
+      out.push_back(Line({kPlotLeft, y}, {kPlotRight, y}, labelled ? kGrid : kMinorGrid,
+                         k == 1 ? 1.0 : 0.6));
+      if (labelled) {
+        out.push_back(Text(kPlotLeft - 6, y + 3.5, TickLabel(v), 9.5, kInk, TextAnchor::kEnd, "tick"));
+      }
+    }
+  }
+
+  // Year axis: a tick per year, a label per year (every other when they would crowd), the
+  // latest fiscal year in bold.
+  const int label_every = layout.YearWidth() >= kMinYearLabelSpacing ? 1 : 2;
+  for (int year = first_year; year <= last_year; ++year) {
+    const double x = layout.X(year);
+    out.push_back(Line({x, kPlotBottom}, {x, kPlotBottom + 4}, kFrame, 0.8));
+    if ((last_year - year) % label_every != 0 && year != latest) continue;
+    SceneText label = Text(x, kPlotBottom + 16, std::to_string(year), 9.5,
+                           year > latest ? kMuted : kInk, TextAnchor::kMiddle, "year");
+    label.bold = year == latest;
+    out.push_back(label);
+  }
+  out.push_back(Text((kPlotLeft + kPlotRight) / 2, kPlotBottom + 34, "fiscal year", 10, kMuted,
+                     TextAnchor::kMiddle));
+
+  // The yearly price range as a bar behind the price lines.
+  for (int i = 0; i < rows; ++i) {
+    const auto& high_price = plotted[kHighPrice].values[i];
+    const auto& low_price = plotted[kLowPrice].values[i];
+    if (!high_price || !low_price) continue;
+    const double x = layout.X(latest - i);
+    ScenePath bar = Line({x, layout.Y(*low_price)}, {x, layout.Y(*high_price)}, kPriceBar, 7);
+    out.push_back(bar);
+  }
+
+  // The series, oldest year first; a year without a value breaks the line.
+  for (size_t s = 0; s < std::size(kSeries); ++s) {
+    const SeriesDef& def = kSeries[s];
+    const Plotted& p = plotted[s];
+    if (!p.any) continue;
+    ScenePath path;
+    path.tag = "data-series";
+    path.name = def.name;
+    path.color = def.color;
+    path.width = def.width;
+    path.dash = DashOf(def.dashed);
+    std::vector<ScenePoint> run;
+    for (int i = rows - 1; i >= -1; --i) {
+      if (i >= 0 && p.values[i]) {
+        run.push_back({layout.X(latest - i), layout.Y(*p.values[i])});
+      } else if (!run.empty()) {
+        path.runs.push_back(std::move(run));
+        run.clear();
+      }
+    }
+    out.push_back(path);
+    for (const auto& run_points : path.runs) {
+      for (const ScenePoint& point : run_points) {
+        out.push_back(SceneDot{point, def.width + 0.8, def.color});
+      }
+    }
+  }
+
+  // The trend and projection lines over the series.
+  for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
+    const GrowthLineDef& def = kGrowthLines[g];
+    const SceneColor color = kSeries[def.series].color;
+    if (const auto& t = growth[g].trend) {
+      ScenePath path = Line({layout.X(t->x1), layout.Y(t->y1)}, {layout.X(t->x2), layout.Y(t->y2)}, color, 1.4);
+      path.tag = "data-line";
+      path.name = def.trend_name;
+      path.dash = {7, 4};
+      out.push_back(path);
+    }
+    if (const auto& pr = growth[g].projection) {
+      ScenePath path = Line({layout.X(pr->x1), layout.Y(pr->y1)}, {layout.X(pr->x2), layout.Y(pr->y2)}, color, 2.4);
+      path.tag = "data-line";
+      path.name = def.projection_name;
+      path.dash = {2, 3};
+      out.push_back(path);
+    }
+  }
+
+  // Frame on top of the grid and the shading.
+  ScenePath frame;
+  frame.runs = {{{kPlotLeft, kPlotTop}, {kPlotRight, kPlotTop}, {kPlotRight, kPlotBottom},
+                 {kPlotLeft, kPlotBottom}, {kPlotLeft, kPlotTop}}};
+  frame.color = kFrame;
+  frame.width = 1;
+  out.push_back(frame);
+
+  // Title: the company, its symbol and exchange, and the date of its data.
+  const std::string name = company.strName.empty() ? company.strSymbol : company.strName;
+  std::string identity = company.strSymbol;
+  if (!company.ExchangeID.empty()) identity += (identity.empty() ? "" : ", ") + company.ExchangeID;
+  std::string title = name.empty() ? "Study " + std::to_string(company.CompanyID) : name;
+  if (!identity.empty() && identity != name) title += " (" + identity + ")";
+  SceneText title_text = Text(kPlotLeft, 34, title, 18, kInk, TextAnchor::kStart, "title");
+  title_text.bold = true;
+  out.push_back(title_text);
+  const bool has_update = IsValidDate(company.datDataUpdated);
+  std::string subtitle = has_update ? "data of " + DateText(company.datDataUpdated)
+                                    : "charted " + DateText(today) + " (the study has no update date)";
+  subtitle += "  \u00b7  ratio scale: steady growth is a straight line";
+  out.push_back(Text(kPlotLeft, 54, subtitle, 10.5, kMuted, TextAnchor::kStart, "date"));
+
+  // Legend: one entry per drawn series and line, its sample drawn as on the plot.
+  double legend_y = kLegendTop;
+  SceneText legend_title = Text(kLegendLeft, legend_y - 14, "Legend", 10.5, kInk);
+  legend_title.bold = true;
+  out.push_back(legend_title);
+  auto legend_entry = [&](const std::string& label, SceneColor color, double width,
+                          std::vector<double> dash, bool dot) {
+    const double y = legend_y;
+    ScenePath sample = Line({kLegendLeft, y}, {kLegendLeft + 24, y}, color, width);
+    sample.dash = std::move(dash);
+    out.push_back(sample);
+    if (dot) out.push_back(SceneDot{{kLegendLeft + 12, y}, width + 0.8, color});
+    out.push_back(Text(kLegendLeft + 31, y + 3.5, label, 9.5, kInk, TextAnchor::kStart, "legend"));
+    legend_y += kLegendStep;
+  };
+  for (size_t s = 0; s < std::size(kSeries); ++s) {
+    if (!plotted[s].any) continue;
+    std::string label = kSeries[s].label;
+    if (plotted[s].factor != 1) label += " \u00d7 " + Format("%g", plotted[s].factor);
+    legend_entry(label, kSeries[s].color, kSeries[s].width, DashOf(kSeries[s].dashed), true);
+  }
+  if (plotted[kHighPrice].any && plotted[kLowPrice].any) {
+    legend_entry("Price range", kPriceBar, 7, {}, false);
+  }
+  for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
+    const GrowthLineDef& def = kGrowthLines[g];
+    const SceneColor color = kSeries[def.series].color;
+    auto rate = [](double r) { return r != 0 && std::isfinite(r) ? Format(" (%.1f %%/yr)", r) : std::string(); };
+    if (growth[g].trend) {
+      legend_entry(std::string(def.label) + " trend" + rate(company.*def.history_rate), color, 1.4,
+                   {7, 4}, false);
+    }
+    if (growth[g].projection) {
+      legend_entry(std::string(def.label) + " projection" + rate(company.*def.projected_rate),
+                   color, 2.4, {2, 3}, false);
+    }
+  }
+
+  // Notes on what the study lacks.
+  if (!any_line_field) {
+    notes.push_back("no trend lines: run kwx defaults");
+  } else {
+    for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
+      const std::string label = kGrowthLines[g].label;
+      if (!growth[g].trend) notes.push_back("no " + label + " trend line");
+      if (!growth[g].projection) notes.push_back("no " + label + " projection line");
+    }
+  }
+  // Series missing the same years share one note ("no high price, low price before 2019").
+  std::vector<std::pair<std::string, std::string>> gaps;  // (years text, series labels)
+  bool below_zero = false;
+  for (size_t s = 0; s < std::size(kSeries); ++s) {
+    const Plotted& p = plotted[s];
+    below_zero = below_zero || p.below_zero;
+    std::vector<int> missing;
+    for (int i = rows - 1; i >= 0; --i) {
+      if (!p.values[i]) missing.push_back(latest - i);
+    }
+    if (missing.empty()) continue;
+    std::string years;
+    if (!p.any) {
+      years = "";
+    } else if (missing.front() == first_year &&
+               missing.back() == missing.front() + static_cast<int>(missing.size()) - 1) {
+      years = " before " + std::to_string(missing.back() + 1);
+    } else {
+      years = " for " + YearList(missing);
+    }
+    const std::string label = kSeries[s].note_label;
+    auto same = std::find_if(gaps.begin(), gaps.end(), [&](const auto& gap) { return gap.first == years; });
+    if (same == gaps.end()) {
+      gaps.push_back({years, label});
+    } else {
+      same->second += ", " + label;
+    }
+  }
+  for (const auto& [years, labels] : gaps) notes.push_back("no " + labels + years);
+  if (below_zero) notes.push_back("values of 0 or below are left out: a ratio scale cannot show them");
+
+  // As many note lines as the page holds; the rest share the last line.
+  const size_t room = static_cast<size_t>((kPageHeight - 8 - kNotesTop) / kNoteStep) + 1;
+  if (notes.size() > room) {
+    for (size_t i = room; i < notes.size(); ++i) notes[room - 1] += "; " + notes[i];
+    notes.resize(room);
+  }
+  for (size_t i = 0; i < notes.size(); ++i) {
+    out.push_back(Text(kPlotLeft, kNotesTop + i * kNoteStep, notes[i], 10, kWarning,
+                       TextAnchor::kStart, "note"));
+  }
+  return scene;
+}
+
+}  // namespace kwx
