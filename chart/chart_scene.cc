@@ -15,7 +15,7 @@ namespace {
 
 // --- Page layout, in points. A landscape page that prints well and reads on a screen. ------
 constexpr double kPageWidth = 900;
-constexpr double kPageHeight = 640;
+constexpr double kPageBottomMargin = 16;
 constexpr double kPlotLeft = 64;
 constexpr double kPlotTop = 78;
 constexpr double kPlotRight = 672;
@@ -25,11 +25,13 @@ constexpr double kLegendTop = 92;
 constexpr double kLegendStep = 19;
 constexpr double kNotesTop = kPlotBottom + 54;
 constexpr double kNoteStep = 15;
+constexpr size_t kMaxNoteLines = 6;
 constexpr double kMinYearLabelSpacing = 30;  // closer year labels overlap: label every other
 // Points per tenfold step of the value axis from which the 5s, and then the 2s and 3s, get a
 // labelled grid line of their own; below that they would crowd.
 constexpr double kDecadeRoomForFives = 60;
 constexpr double kDecadeRoomForTwos = 110;
+constexpr double kMinTickSpacing = 14;  // closer value labels overlap
 // How far the projection lines reach past the latest fiscal year.
 constexpr int kProjectionYears = 5;
 
@@ -215,7 +217,6 @@ std::vector<double> DashOf(bool dashed) { return dashed ? std::vector<double>{5,
 ChartScene BuildChartScene(const Company& company, Date today) {
   ChartScene scene;
   scene.width = kPageWidth;
-  scene.height = kPageHeight;
   scene.plot_top_left = {kPlotLeft, kPlotTop};
   scene.plot_bottom_right = {kPlotRight, kPlotBottom};
   std::vector<std::string> notes;
@@ -315,9 +316,17 @@ ChartScene BuildChartScene(const Company& company, Date today) {
                      TextAnchor::kMiddle));
 
   // Grid and value labels. Every step gets a grid line; the labels thin out when the decades
-  // are short, the 1s always kept.
+  // are short, the 1s always kept, and the two ends of the axis labelled when there is room.
   const double decade_height = layout.DecadeHeight();
-  for (double decade = std::pow(10.0, std::floor(std::log10(low))); decade < high * 1.001; decade *= 10) {
+  std::vector<double> labelled_ys;
+  std::vector<SceneText> tick_labels;
+  auto label_tick = [&](double v) {
+    labelled_ys.push_back(layout.Y(v));
+    tick_labels.push_back(
+        Text(kPlotLeft - 6, layout.Y(v) + 3.5, TickLabel(v), 9.5, kInk, TextAnchor::kEnd, "tick"));
+  };
+  for (double decade = std::pow(10.0, std::floor(std::log10(low))); decade < high * 1.001;
+       decade *= 10) {
     for (int k = 1; k <= 9; ++k) {
       const double v = k * decade;
       if (v < low * (1 - 1e-9) || v > high * (1 + 1e-9)) continue;
@@ -328,11 +337,16 @@ ChartScene BuildChartScene(const Company& company, Date today) {
       const double y = layout.Y(v);
       out.push_back(Line({kPlotLeft, y}, {kPlotRight, y}, labelled ? kGrid : kMinorGrid,
                          k == 1 ? 1.0 : 0.6));
-      if (labelled) {
-        out.push_back(Text(kPlotLeft - 6, y + 3.5, TickLabel(v), 9.5, kInk, TextAnchor::kEnd, "tick"));
-      }
+      if (labelled) label_tick(v);
     }
   }
+  for (double end : {low, high}) {
+    const double y = layout.Y(end);
+    const bool room = std::all_of(labelled_ys.begin(), labelled_ys.end(),
+                                  [&](double other) { return std::abs(other - y) >= kMinTickSpacing; });
+    if (room) label_tick(end);
+  }
+  out.insert(out.end(), tick_labels.begin(), tick_labels.end());
 
   // Year axis: a tick per year, a label per year (every other when they would crowd), the
   // latest fiscal year in bold.
@@ -478,8 +492,8 @@ ChartScene BuildChartScene(const Company& company, Date today) {
       if (!growth[g].projection) notes.push_back("no " + label + " projection line");
     }
   }
-  // Series missing the same years share one note ("no high price, low price before 2019").
-  std::vector<std::pair<std::string, std::string>> gaps;  // (years text, series labels)
+  // Series missing the same years share one note ("no high price and low price before 2019").
+  std::vector<std::pair<std::string, std::vector<std::string>>> gaps;  // (years, series)
   bool below_zero = false;
   for (size_t s = 0; s < std::size(kSeries); ++s) {
     const Plotted& p = plotted[s];
@@ -501,24 +515,31 @@ ChartScene BuildChartScene(const Company& company, Date today) {
     const std::string label = kSeries[s].note_label;
     auto same = std::find_if(gaps.begin(), gaps.end(), [&](const auto& gap) { return gap.first == years; });
     if (same == gaps.end()) {
-      gaps.push_back({years, label});
+      gaps.push_back({years, {label}});
     } else {
-      same->second += ", " + label;
+      same->second.push_back(label);
     }
   }
-  for (const auto& [years, labels] : gaps) notes.push_back("no " + labels + years);
+  for (const auto& [years, labels] : gaps) {
+    std::string names;
+    for (size_t i = 0; i < labels.size(); ++i) {
+      names += (i == 0 ? "" : i + 1 == labels.size() ? " and " : ", ") + labels[i];
+    }
+    notes.push_back("no " + names + years);
+  }
   if (below_zero) notes.push_back("values of 0 or below are left out: a ratio scale cannot show them");
 
-  // As many note lines as the page holds; the rest share the last line.
-  const size_t room = static_cast<size_t>((kPageHeight - 8 - kNotesTop) / kNoteStep) + 1;
-  if (notes.size() > room) {
-    for (size_t i = room; i < notes.size(); ++i) notes[room - 1] += "; " + notes[i];
-    notes.resize(room);
+  // The page grows to hold the notes, at most kMaxNoteLines of them; the rest share the last.
+  if (notes.size() > kMaxNoteLines) {
+    for (size_t i = kMaxNoteLines; i < notes.size(); ++i) notes[kMaxNoteLines - 1] += "; " + notes[i];
+    notes.resize(kMaxNoteLines);
   }
   for (size_t i = 0; i < notes.size(); ++i) {
     out.push_back(Text(kPlotLeft, kNotesTop + i * kNoteStep, notes[i], 10, kWarning,
                        TextAnchor::kStart, "note"));
   }
+  scene.height = std::max(kNotesTop - kNoteStep, kNotesTop + (notes.size() - 1.0) * kNoteStep) +
+                 kPageBottomMargin;
   return scene;
 }
 
