@@ -1,0 +1,53 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "loader/kwx_loader.h"
+#include "model/company.h"
+#include "tests/support/cli_runner.h"
+#include "tests/support/test_util.h"
+
+namespace kwx {
+namespace {
+
+// `kwx chart` finds the study by ID or by symbol and exchange, writes the format its file name
+// asks for, and refuses any other name before it writes anything.
+TEST(ChartCommand, WritesTheChartTheFileNameAsksFor) {
+  testing::TempDir dir;
+  const std::string db = dir.File("studies.db");
+  auto kwx = [&](std::vector<std::string> args) {
+    args.insert(args.begin(), {"--db", db});
+    return testing::RunKwx(args);
+  };
+  ASSERT_EQ(kwx({"init"}).code, 0);
+  std::string id;
+  {
+    kwxLoader loader;
+    ASSERT_TRUE(loader.Access_blnOpenDatabase(db));
+    loader.Access_AddExchange("NYSE");
+    Company c;
+    c.strSymbol = "GRO";
+    c.ExchangeID = "NYSE";
+    for (YearlyRow& row : c.Yearly) row.Sales = 100;
+    loader.Access_Update(c);
+    ASSERT_TRUE(loader.ErrorReports().empty());
+    id = std::to_string(c.CompanyID);
+  }
+  const testing::CliResult svg = kwx({"chart", id, "-o", dir.File("gro.svg")});
+  ASSERT_EQ(svg.code, 0) << svg.err;
+  EXPECT_NE(testing::ReadFile(dir.File("gro.svg")).find("data-series=\"Sales\""), std::string::npos);
+  const testing::CliResult png = kwx({"chart", "GRO", "NYSE", "-o", dir.File("gro.png")});
+  ASSERT_EQ(png.code, 0) << png.err;
+  EXPECT_EQ(testing::ReadFile(dir.File("gro.png")).substr(1, 3), "PNG");
+
+  const testing::CliResult jpg = kwx({"chart", id, "-o", dir.File("gro.jpg")});
+  EXPECT_EQ(jpg.code, 2);
+  EXPECT_NE(jpg.err.find("must end in .svg, .png or .pdf"), std::string::npos) << jpg.err;
+  EXPECT_FALSE(std::filesystem::exists(dir.File("gro.jpg")));
+  EXPECT_EQ(kwx({"chart", "9999", "-o", dir.File("none.pdf")}).code, 1);
+}
+
+}  // namespace
+}  // namespace kwx
