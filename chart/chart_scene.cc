@@ -312,7 +312,8 @@ ChartScene BuildChartScene(const Company& company, Date today) {
   // The projected years, shaded, behind everything else.
   const double projected_left = layout.X(latest + 0.5);
   out.push_back(Box(projected_left, kPlotTop, kPlotRight, kPlotBottom, kProjectedShade));
-  out.push_back(Text((projected_left + kPlotRight) / 2, kPlotTop + 13, "projected", 9, kMuted,
+  // Its caption above the frame, where no line can cross it.
+  out.push_back(Text((projected_left + kPlotRight) / 2, kPlotTop - 6, "projected", 9, kMuted,
                      TextAnchor::kMiddle));
 
   // Grid and value labels. Every step gets a grid line; the labels thin out when the decades
@@ -430,11 +431,15 @@ ChartScene BuildChartScene(const Company& company, Date today) {
   out.push_back(frame);
 
   // Title: the company, its symbol and exchange, and the date of its data.
-  const std::string name = company.strName.empty() ? company.strSymbol : company.strName;
-  std::string identity = company.strSymbol;
-  if (!company.ExchangeID.empty()) identity += (identity.empty() ? "" : ", ") + company.ExchangeID;
-  std::string title = name.empty() ? "Study " + std::to_string(company.CompanyID) : name;
-  if (!identity.empty() && identity != name) title += " (" + identity + ")";
+  // "Name (SYMBOL, EXCHANGE)"; without a name the symbol leads: "SYMBOL (EXCHANGE)".
+  std::vector<std::string> parts;
+  for (const std::string* part : {&company.strName, &company.strSymbol, &company.ExchangeID}) {
+    if (!part->empty()) parts.push_back(*part);
+  }
+  std::string title = parts.empty() ? "Study " + std::to_string(company.CompanyID) : parts[0];
+  for (size_t i = 1; i < parts.size(); ++i) {
+    title += (i == 1 ? " (" : ", ") + parts[i] + (i + 1 == parts.size() ? ")" : "");
+  }
   SceneText title_text = Text(kPlotLeft, 34, title, 18, kInk, TextAnchor::kStart, "title");
   title_text.bold = true;
   out.push_back(title_text);
@@ -480,6 +485,10 @@ ChartScene BuildChartScene(const Company& company, Date today) {
       legend_entry(std::string(def.label) + " projection" + rate(company.*def.projected_rate),
                    color, 2.4, {2, 3}, false);
     }
+  }
+
+  if (legend_y == kLegendTop) {
+    out.push_back(Text(kLegendLeft, legend_y + 3.5, "nothing to draw", 9.5, kMuted));
   }
 
   // Notes on what the study lacks.
