@@ -1,10 +1,10 @@
-#include "chart/cairo_renderer_internal.h"
-
 #include <cairo-pdf.h>
 #include <cairo.h>
 
 #include <memory>
 #include <variant>
+
+#include "chart/cairo_renderer_internal.h"
 
 namespace kwx::chart_internal {
 namespace {

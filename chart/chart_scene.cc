@@ -57,16 +57,46 @@ struct SeriesDef {
   bool dashed;
 };
 constexpr SeriesDef kSeries[] = {
-    {"Sales", "Sales", "sales", &YearlyRow::Sales, &JudgmentGraphGroup::sngFactorRev,
-     {0.10, 0.52, 0.20}, 2.2, false},
-    {"EPS", "EPS", "EPS", &YearlyRow::EPS, &JudgmentGraphGroup::sngFactorEPS, {0.11, 0.33, 0.76}, 2.2,
+    {"Sales",
+     "Sales",
+     "sales",
+     &YearlyRow::Sales,
+     &JudgmentGraphGroup::sngFactorRev,
+     {0.10, 0.52, 0.20},
+     2.2,
      false},
-    {"PretaxIncome", "Pre-tax income", "pre-tax income", &YearlyRow::PretaxIncome,
-     &JudgmentGraphGroup::sngFactorPTI, {0.85, 0.45, 0.05}, 1.8, false},
-    {"HighPrice", "High price", "high price", &YearlyRow::HighPrice, &JudgmentGraphGroup::sngFactorPrice52W,
-     {0.30, 0.30, 0.30}, 1.1, false},
-    {"LowPrice", "Low price", "low price", &YearlyRow::LowPrice, &JudgmentGraphGroup::sngFactorPrice52W,
-     {0.30, 0.30, 0.30}, 1.1, true},
+    {"EPS",
+     "EPS",
+     "EPS",
+     &YearlyRow::EPS,
+     &JudgmentGraphGroup::sngFactorEPS,
+     {0.11, 0.33, 0.76},
+     2.2,
+     false},
+    {"PretaxIncome",
+     "Pre-tax income",
+     "pre-tax income",
+     &YearlyRow::PretaxIncome,
+     &JudgmentGraphGroup::sngFactorPTI,
+     {0.85, 0.45, 0.05},
+     1.8,
+     false},
+    {"HighPrice",
+     "High price",
+     "high price",
+     &YearlyRow::HighPrice,
+     &JudgmentGraphGroup::sngFactorPrice52W,
+     {0.30, 0.30, 0.30},
+     1.1,
+     false},
+    {"LowPrice",
+     "Low price",
+     "low price",
+     &YearlyRow::LowPrice,
+     &JudgmentGraphGroup::sngFactorPrice52W,
+     {0.30, 0.30, 0.30},
+     1.1,
+     true},
 };
 constexpr size_t kHighPrice = 3;
 constexpr size_t kLowPrice = 4;
@@ -210,7 +240,9 @@ SceneText Text(double x, double y, std::string text, double size, SceneColor col
   return t;
 }
 
-std::vector<double> DashOf(bool dashed) { return dashed ? std::vector<double>{5, 3} : std::vector<double>{}; }
+std::vector<double> DashOf(bool dashed) {
+  return dashed ? std::vector<double>{5, 3} : std::vector<double>{};
+}
 
 }  // namespace
 
@@ -226,7 +258,8 @@ ChartScene BuildChartScene(const Company& company, Date today) {
   const int rows = static_cast<int>(company.Yearly.size());
   const bool has_year_end = IsValidDate(company.datLastFY);
   const int latest = has_year_end ? Year(company.datLastFY) : std::max(rows, 1) - 1;
-  if (!has_year_end) notes.push_back("no fiscal year-end date: years are counted from the oldest row");
+  if (!has_year_end)
+    notes.push_back("no fiscal year-end date: years are counted from the oldest row");
   const int first_year = latest - std::max(rows, 1) + 1;
   const int last_year = latest + kProjectionYears;
   const JudgmentGraphGroup& graph = company.JudgmentGraph;
@@ -274,7 +307,9 @@ ChartScene BuildChartScene(const Company& company, Date today) {
     const double x2 = graph.*def.trend_x2, y2 = graph.*def.trend_y2;
     const double p1 = graph.*def.projection_y1, p2 = graph.*def.projection_y2;
     if (x1 != 0 || y1 != 0 || x2 != 0 || y2 != 0 || p1 != 0 || p2 != 0) any_line_field = true;
-    auto on_axis = [&](double x) { return std::isfinite(x) && x >= first_year - 1 && x <= last_year + 1; };
+    auto on_axis = [&](double x) {
+      return std::isfinite(x) && x >= first_year - 1 && x <= last_year + 1;
+    };
     if (Drawable(y1) && Drawable(y2) && x1 != x2) {
       if (on_axis(x1) && on_axis(x2)) {
         growth[g].trend = Segment{x1, y1, x2, y2};
@@ -303,7 +338,10 @@ ChartScene BuildChartScene(const Company& company, Date today) {
     low = StepAtOrBelow(*min_it);
     high = StepAtOrAbove(*max_it);
     for (bool widen_low = true; high / low < 10 * (1 - 1e-9); widen_low = !widen_low) {
-      if (widen_low) low = PreviousStep(low); else high = NextStep(high);
+      if (widen_low)
+        low = PreviousStep(low);
+      else
+        high = NextStep(high);
     }
   }
   const Layout layout(first_year, last_year, low, high);
@@ -336,15 +374,16 @@ ChartScene BuildChartScene(const Company& company, Date today) {
                             ((k == 2 || k == 3) && decade_height >= kDecadeRoomForTwos);
       if (!step && decade_height < kDecadeRoomForTwos) continue;
       const double y = layout.Y(v);
-      out.push_back(Line({kPlotLeft, y}, {kPlotRight, y}, labelled ? kGrid : kMinorGrid,
-                         k == 1 ? 1.0 : 0.6));
+      out.push_back(
+          Line({kPlotLeft, y}, {kPlotRight, y}, labelled ? kGrid : kMinorGrid, k == 1 ? 1.0 : 0.6));
       if (labelled) label_tick(v);
     }
   }
   for (double end : {low, high}) {
     const double y = layout.Y(end);
-    const bool room = std::all_of(labelled_ys.begin(), labelled_ys.end(),
-                                  [&](double other) { return std::abs(other - y) >= kMinTickSpacing; });
+    const bool room = std::all_of(labelled_ys.begin(), labelled_ys.end(), [&](double other) {
+      return std::abs(other - y) >= kMinTickSpacing;
+    });
     if (room) label_tick(end);
   }
   out.insert(out.end(), tick_labels.begin(), tick_labels.end());
@@ -407,14 +446,16 @@ ChartScene BuildChartScene(const Company& company, Date today) {
     const GrowthLineDef& def = kGrowthLines[g];
     const SceneColor color = kSeries[def.series].color;
     if (const auto& t = growth[g].trend) {
-      ScenePath path = Line({layout.X(t->x1), layout.Y(t->y1)}, {layout.X(t->x2), layout.Y(t->y2)}, color, 1.4);
+      ScenePath path =
+          Line({layout.X(t->x1), layout.Y(t->y1)}, {layout.X(t->x2), layout.Y(t->y2)}, color, 1.4);
       path.tag = "data-line";
       path.name = def.trend_name;
       path.dash = {7, 4};
       out.push_back(path);
     }
     if (const auto& pr = growth[g].projection) {
-      ScenePath path = Line({layout.X(pr->x1), layout.Y(pr->y1)}, {layout.X(pr->x2), layout.Y(pr->y2)}, color, 2.4);
+      ScenePath path = Line({layout.X(pr->x1), layout.Y(pr->y1)},
+                            {layout.X(pr->x2), layout.Y(pr->y2)}, color, 2.4);
       path.tag = "data-line";
       path.name = def.projection_name;
       path.dash = {2, 3};
@@ -424,8 +465,11 @@ ChartScene BuildChartScene(const Company& company, Date today) {
 
   // Frame on top of the grid and the shading.
   ScenePath frame;
-  frame.runs = {{{kPlotLeft, kPlotTop}, {kPlotRight, kPlotTop}, {kPlotRight, kPlotBottom},
-                 {kPlotLeft, kPlotBottom}, {kPlotLeft, kPlotTop}}};
+  frame.runs = {{{kPlotLeft, kPlotTop},
+                 {kPlotRight, kPlotTop},
+                 {kPlotRight, kPlotBottom},
+                 {kPlotLeft, kPlotBottom},
+                 {kPlotLeft, kPlotTop}}};
   frame.color = kFrame;
   frame.width = 1;
   out.push_back(frame);
@@ -444,8 +488,9 @@ ChartScene BuildChartScene(const Company& company, Date today) {
   title_text.bold = true;
   out.push_back(title_text);
   const bool has_update = IsValidDate(company.datDataUpdated);
-  std::string subtitle = has_update ? "data of " + DateText(company.datDataUpdated)
-                                    : "charted " + DateText(today) + " (the study has no update date)";
+  std::string subtitle = has_update
+                             ? "data of " + DateText(company.datDataUpdated)
+                             : "charted " + DateText(today) + " (the study has no update date)";
   subtitle += "  \u00b7  ratio scale: steady growth is a straight line";
   out.push_back(Text(kPlotLeft, 54, subtitle, 10.5, kMuted, TextAnchor::kStart, "date"));
 
@@ -476,7 +521,9 @@ ChartScene BuildChartScene(const Company& company, Date today) {
   for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
     const GrowthLineDef& def = kGrowthLines[g];
     const SceneColor color = kSeries[def.series].color;
-    auto rate = [](double r) { return r != 0 && std::isfinite(r) ? Format(" (%.1f %%/yr)", r) : std::string(); };
+    auto rate = [](double r) {
+      return r != 0 && std::isfinite(r) ? Format(" (%.1f %%/yr)", r) : std::string();
+    };
     if (growth[g].trend) {
       legend_entry(std::string(def.label) + " trend" + rate(company.*def.history_rate), color, 1.4,
                    {7, 4}, false);
@@ -522,7 +569,8 @@ ChartScene BuildChartScene(const Company& company, Date today) {
       years = " for " + YearList(missing);
     }
     const std::string label = kSeries[s].note_label;
-    auto same = std::find_if(gaps.begin(), gaps.end(), [&](const auto& gap) { return gap.first == years; });
+    auto same =
+        std::find_if(gaps.begin(), gaps.end(), [&](const auto& gap) { return gap.first == years; });
     if (same == gaps.end()) {
       gaps.push_back({years, {label}});
     } else {
@@ -536,11 +584,13 @@ ChartScene BuildChartScene(const Company& company, Date today) {
     }
     notes.push_back("no " + names + years);
   }
-  if (below_zero) notes.push_back("values of 0 or below are left out: a ratio scale cannot show them");
+  if (below_zero)
+    notes.push_back("values of 0 or below are left out: a ratio scale cannot show them");
 
   // The page grows to hold the notes, at most kMaxNoteLines of them; the rest share the last.
   if (notes.size() > kMaxNoteLines) {
-    for (size_t i = kMaxNoteLines; i < notes.size(); ++i) notes[kMaxNoteLines - 1] += "; " + notes[i];
+    for (size_t i = kMaxNoteLines; i < notes.size(); ++i)
+      notes[kMaxNoteLines - 1] += "; " + notes[i];
     notes.resize(kMaxNoteLines);
   }
   for (size_t i = 0; i < notes.size(); ++i) {

@@ -32,8 +32,7 @@ void AddChartCommands(CLI::App& app, Context& ctx) {
   cmd->add_option("STUDY", args->study, "the company ID, or SYMBOL EXCHANGE")
       ->required()
       ->expected(1, 2);
-  cmd->add_option("-o,--output", args->output, "the file to write: .svg, .png or .pdf")
-      ->required();
+  cmd->add_option("-o,--output", args->output, "the file to write: .svg, .png or .pdf")->required();
   cmd->callback([&ctx, args] {
     // The format is checked before the study is read, so a wrong name costs nothing.
     const std::optional<ChartFormat> format = ChartFormatOf(args->output);

@@ -61,7 +61,8 @@ std::vector<ScenePoint> PathPoints(const std::string& svg, const std::string& at
   if (!std::regex_search(svg, m, path)) return points;
   const std::string d = m[1];
   const std::regex point("[ML](-?[0-9.]+),(-?[0-9.]+)");
-  for (auto it = std::sregex_iterator(d.begin(), d.end(), point); it != std::sregex_iterator(); ++it) {
+  for (auto it = std::sregex_iterator(d.begin(), d.end(), point); it != std::sregex_iterator();
+       ++it) {
     points.push_back({std::stod((*it)[1]), std::stod((*it)[2])});
   }
   return points;
@@ -71,7 +72,8 @@ std::vector<ScenePoint> PathPoints(const std::string& svg, const std::string& at
 std::map<int, double> YearLabels(const std::string& svg) {
   const std::regex label("<text x=\"([0-9.]+)\"[^>]*class=\"year\">([0-9]+)</text>");
   std::map<int, double> years;
-  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), label); it != std::sregex_iterator(); ++it) {
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), label); it != std::sregex_iterator();
+       ++it) {
     years[std::stoi((*it)[2])] = std::stod((*it)[1]);
   }
   return years;
@@ -118,7 +120,7 @@ TEST(ChartScene, YearAxisSpansTheHistoryAndFiveProjectedYears) {
 TEST(ChartScene, DrawsTheGrowthLinesItHasAndNamesWhatIsMissing) {
   Company partial = GrowingStudy(false);
   for (size_t i = 7; i < partial.Yearly.size(); ++i) partial.Yearly[i].Sales = 0;  // 2011-2013
-  partial.Yearly[2].EPS = -1;                                                       // 2018
+  partial.Yearly[2].EPS = -1;                                                      // 2018
   struct Case {
     const char* what;
     Company study;
@@ -126,7 +128,9 @@ TEST(ChartScene, DrawsTheGrowthLinesItHasAndNamesWhatIsMissing) {
     std::vector<std::string> notes;
   } cases[] = {
       {"with defaults", GrowingStudy(true), true, {}},
-      {"without defaults", partial, false,
+      {"without defaults",
+       partial,
+       false,
        {"no trend lines: run kwx defaults", "no sales before 2014", "no EPS for 2018"}},
   };
   for (const Case& c : cases) {
@@ -150,8 +154,7 @@ TEST(ChartWriter, WritesSvgPngAndPdf) {
   const struct {
     const char* name;
     std::string magic;
-  } files[] = {
-      {"chart.svg", "<?xml"}, {"chart.PNG", "\x89PNG\r\n\x1a\n"}, {"chart.pdf", "%PDF-"}};
+  } files[] = {{"chart.svg", "<?xml"}, {"chart.PNG", "\x89PNG\r\n\x1a\n"}, {"chart.pdf", "%PDF-"}};
   for (const auto& f : files) {
     SCOPED_TRACE(f.name);
     const std::string path = dir.File(f.name);

@@ -37,7 +37,8 @@ TEST(ChartCommand, WritesTheChartTheFileNameAsksFor) {
   }
   const testing::CliResult svg = kwx({"chart", id, "-o", dir.File("gro.svg")});
   ASSERT_EQ(svg.code, 0) << svg.err;
-  EXPECT_NE(testing::ReadFile(dir.File("gro.svg")).find("data-series=\"Sales\""), std::string::npos);
+  EXPECT_NE(testing::ReadFile(dir.File("gro.svg")).find("data-series=\"Sales\""),
+            std::string::npos);
   const testing::CliResult png = kwx({"chart", "GRO", "NYSE", "-o", dir.File("gro.png")});
   ASSERT_EQ(png.code, 0) << png.err;
   EXPECT_EQ(testing::ReadFile(dir.File("gro.png")).substr(1, 3), "PNG");
