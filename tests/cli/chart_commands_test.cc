@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "loader/kwx_loader.h"
 #include "model/company.h"
 #include "tests/support/cli_runner.h"
 #include "tests/support/test_util.h"
@@ -22,19 +21,12 @@ TEST(ChartCommand, WritesTheChartTheFileNameAsksFor) {
     return testing::RunKwx(args);
   };
   ASSERT_EQ(kwx({"init"}).code, 0);
-  std::string id;
-  {
-    kwxLoader loader;
-    ASSERT_TRUE(loader.Access_blnOpenDatabase(db));
-    loader.Access_AddExchange("NYSE");
-    Company c;
-    c.strSymbol = "GRO";
-    c.ExchangeID = "NYSE";
-    for (YearlyRow& row : c.Yearly) row.Sales = 100;
-    loader.Access_Update(c);
-    ASSERT_TRUE(loader.ErrorReports().empty());
-    id = std::to_string(c.CompanyID);
-  }
+  Company c;
+  c.strSymbol = "GRO";
+  c.ExchangeID = "NYSE";
+  for (YearlyRow& row : c.Yearly) row.Sales = 100;
+  const std::string id = testing::SaveStudy(db, c);
+  ASSERT_FALSE(id.empty());
   const testing::CliResult svg = kwx({"chart", id, "-o", dir.File("gro.svg")});
   ASSERT_EQ(svg.code, 0) << svg.err;
   EXPECT_NE(testing::ReadFile(dir.File("gro.svg")).find("data-series=\"Sales\""),
