@@ -17,10 +17,7 @@ namespace {
 TEST(DefaultsCommand, FillsPrintsAndSavesOnce) {
   testing::TempDir dir;
   const std::string db = dir.File("studies.db");
-  auto kwx = [&](std::vector<std::string> args) {
-    args.insert(args.begin(), {"--db", db});
-    return testing::RunKwx(args);
-  };
+  auto kwx = [&](std::vector<std::string> args) { return testing::RunKwxOn(db, args); };
   ASSERT_EQ(kwx({"init"}).code, 0);
   Company c;
   c.strSymbol = "GRO";

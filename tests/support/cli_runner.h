@@ -29,6 +29,12 @@ inline CliResult RunKwx(const std::vector<std::string>& args, const std::string&
   return r;
 }
 
+// Runs `kwx --db DB args...`.
+inline CliResult RunKwxOn(const std::string& db, std::vector<std::string> args) {
+  args.insert(args.begin(), {"--db", db});
+  return RunKwx(args);
+}
+
 // Saves `study` into the database file `db` (made by `kwx init`) through a loader, adding its
 // exchange first; answers its CompanyID as text, empty when the save reported an error.
 inline std::string SaveStudy(const std::string& db, Company study) {
