@@ -40,10 +40,10 @@ Company GrowingStudy(bool lines) {
   graph.sngFactorPrice52W = 0.1f;  // sngFactorEPS stays 0, which counts as 1
   if (lines) {
     graph.sngRevTrendX1 = kLatest - 9, graph.sngRevTrendY1 = 4;
-    graph.sngRevTrendX2 = kLatest, graph.sngRevTrendY2 = 9.4f;
+    graph.sngRevTrendX2 = kLatest, graph.sngRevTrendY2 = 9.4318f;  // 4000 * 1.1^9 * 0.001
     graph.sngRevProjY1 = 9.4f, graph.sngRevProjY2 = 15;
     graph.sngEPSTrendX1 = kLatest - 9, graph.sngEPSTrendY1 = 2;
-    graph.sngEPSTrendX2 = kLatest, graph.sngEPSTrendY2 = 4.7f;
+    graph.sngEPSTrendX2 = kLatest, graph.sngEPSTrendY2 = 4.7159f;  // 2 * 1.1^9
     graph.sngEPSProjY1 = 4.7f, graph.sngEPSProjY2 = 7.5f;
   }
   return c;
@@ -80,7 +80,8 @@ std::map<int, double> YearLabels(const std::string& svg) {
 }
 
 // Growing 10 % a year is a straight rising line on a ratio scale: equal steps across and up,
-// whatever the series and its factor.
+// whatever the series and its factor. Each series is drawn times its factor (0 counting as 1),
+// so the study's trend lines, which hold scaled values, meet it at both ends.
 TEST(ChartScene, SteadyGrowthIsAStraightLine) {
   const std::string svg = Svg(GrowingStudy(true));
   for (const char* series : {"Sales", "EPS", "PretaxIncome", "HighPrice", "LowPrice"}) {
@@ -94,6 +95,13 @@ TEST(ChartScene, SteadyGrowthIsAStraightLine) {
       EXPECT_NEAR(p[i].x - p[i - 1].x, dx, 0.02) << i;
       EXPECT_NEAR(p[i].y - p[i - 1].y, dy, 0.02) << i;
     }
+  }
+  for (const auto& [series, trend] : {std::pair{"Sales", "SalesTrend"}, {"EPS", "EPSTrend"}}) {
+    const std::vector<ScenePoint> values = PathPoints(svg, "data-series", series);
+    const std::vector<ScenePoint> line = PathPoints(svg, "data-line", trend);
+    ASSERT_EQ(line.size(), 2u) << trend;
+    EXPECT_NEAR(values.front().y, line.front().y, 0.05) << trend;
+    EXPECT_NEAR(values.back().y, line.back().y, 0.05) << trend;
   }
 }
 
