@@ -185,43 +185,31 @@ std::string DateText(Date d) {
   return buffer;
 }
 
-// A chart being laid out: the axes' mapping and the elements so far.
-class Layout {
- public:
-  Layout(int first_year, int last_year, double low, double high)
-      : first_year_(first_year),
-        year_count_(last_year - first_year + 1),
-        log_low_(std::log10(low)),
-        log_span_(std::log10(high) - std::log10(low)) {}
-
-  double X(double year) const {
-    return kPlotLeft + (year - first_year_ + 0.5) * (kPlotRight - kPlotLeft) / year_count_;
-  }
-  double Y(double value) const {
-    return kPlotBottom - (std::log10(value) - log_low_) / log_span_ * (kPlotBottom - kPlotTop);
-  }
-  double DecadeHeight() const { return (kPlotBottom - kPlotTop) / log_span_; }
-  double YearWidth() const { return (kPlotRight - kPlotLeft) / year_count_; }
-
- private:
-  int first_year_;
-  int year_count_;
-  double log_low_;
-  double log_span_;
+// How a line is stroked, on the plot and in its legend sample alike.
+struct Pen {
+  double width;
+  std::vector<double> dash;  // empty for a solid line
 };
+const Pen kTrendPen{1.4, {7, 4}};
+const Pen kProjectionPen{2.4, {2, 3}};
+const Pen kPriceBarPen{7, {}};
 
-ScenePath Line(ScenePoint a, ScenePoint b, SceneColor color, double width) {
+Pen SeriesPen(const SeriesDef& def) {
+  return {def.width, def.dashed ? std::vector<double>{5, 3} : std::vector<double>{}};
+}
+
+ScenePath Line(ScenePoint a, ScenePoint b, SceneColor color, const Pen& pen) {
   ScenePath path;
   path.runs = {{a, b}};
   path.color = color;
-  path.width = width;
+  path.width = pen.width;
+  path.dash = pen.dash;
   return path;
 }
 
 ScenePath Box(double left, double top, double right, double bottom, SceneColor fill) {
   ScenePath path;
   path.runs = {{{left, top}, {right, top}, {right, bottom}, {left, bottom}}};
-  path.color = fill;
   path.width = 0;
   path.filled = true;
   path.fill = fill;
@@ -240,123 +228,159 @@ SceneText Text(double x, double y, std::string text, double size, SceneColor col
   return t;
 }
 
-std::vector<double> DashOf(bool dashed) {
-  return dashed ? std::vector<double>{5, 3} : std::vector<double>{};
-}
-
-}  // namespace
-
-ChartScene BuildChartScene(const Company& company, Date today) {
-  ChartScene scene;
-  scene.width = kPageWidth;
-  scene.plot_top_left = {kPlotLeft, kPlotTop};
-  scene.plot_bottom_right = {kPlotRight, kPlotBottom};
-  std::vector<std::string> notes;
-
-  // Row i of the yearly series is the fiscal year i years before the latest one. Without a
-  // fiscal year-end the rows are counted from 0 at the oldest, as the fitted lines count them.
-  const int rows = static_cast<int>(company.Yearly.size());
-  const bool has_year_end = IsValidDate(company.datLastFY);
-  const int latest = has_year_end ? Year(company.datLastFY) : std::max(rows, 1) - 1;
-  if (!has_year_end)
-    notes.push_back("no fiscal year-end date: years are counted from the oldest row");
-  const int first_year = latest - std::max(rows, 1) + 1;
-  const int last_year = latest + kProjectionYears;
-  const JudgmentGraphGroup& graph = company.JudgmentGraph;
-
-  // The values each series shows, by row, already times its factor.
-  struct Plotted {
+// What the study gives the chart: its years, each series' values times its factor, and its
+// growth lines, with a note for what it lacks.
+struct ChartData {
+  int latest = 0;      // the latest fiscal year: row 0 of the yearly series
+  int first_year = 0;  // the oldest row's year
+  int last_year = 0;   // the last projected year
+  struct Series {
     double factor = 1;
-    std::vector<std::optional<double>> values;
+    std::vector<std::optional<double>> values;  // by row; none where nothing can be drawn
     bool any = false;
     bool below_zero = false;
   };
-  std::vector<Plotted> plotted(std::size(kSeries));
-  std::vector<double> all_values;
-  for (size_t s = 0; s < std::size(kSeries); ++s) {
-    const SeriesDef& def = kSeries[s];
-    Plotted& p = plotted[s];
-    const double factor = graph.*def.factor;
-    p.factor = (std::isfinite(factor) && factor != 0) ? factor : 1;
-    for (const YearlyRow& row : company.Yearly) {
-      const double v = static_cast<double>(row.*def.value) * p.factor;
-      if (Drawable(v)) {
-        p.values.push_back(v);
-        p.any = true;
-        all_values.push_back(v);
-      } else {
-        p.values.push_back(std::nullopt);
-        if (std::isfinite(v) && v < 0) p.below_zero = true;
-      }
-    }
-  }
-
-  // The growth lines the study holds, as end points (year, value).
+  std::vector<Series> series;  // as kSeries
   struct Segment {
-    double x1, y1, x2, y2;
+    double x1, y1, x2, y2;  // (year, value) at each end
   };
   struct Growth {
     std::optional<Segment> trend;
     std::optional<Segment> projection;
   };
-  std::vector<Growth> growth(std::size(kGrowthLines));
+  std::vector<Growth> growth;  // as kGrowthLines
   bool any_line_field = false;
-  for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
-    const GrowthLineDef& def = kGrowthLines[g];
+  std::vector<std::string> notes;
+
+  int YearOfRow(size_t row) const { return latest - static_cast<int>(row); }
+};
+
+ChartData ReadStudy(const Company& company) {
+  ChartData data;
+  // Row i of the yearly series is the fiscal year i years before the latest one. Without a
+  // fiscal year-end the rows are counted from 0 at the oldest, as the fitted lines count them.
+  const int rows = std::max(static_cast<int>(company.Yearly.size()), 1);
+  if (IsValidDate(company.datLastFY)) {
+    data.latest = Year(company.datLastFY);
+  } else {
+    data.latest = rows - 1;
+    data.notes.push_back("no fiscal year-end date: years are counted from the oldest row");
+  }
+  data.first_year = data.latest - rows + 1;
+  data.last_year = data.latest + kProjectionYears;
+  const JudgmentGraphGroup& graph = company.JudgmentGraph;
+
+  for (const SeriesDef& def : kSeries) {
+    ChartData::Series& series = data.series.emplace_back();
+    const double factor = graph.*def.factor;
+    series.factor = (std::isfinite(factor) && factor != 0) ? factor : 1;
+    for (const YearlyRow& row : company.Yearly) {
+      const double v = static_cast<double>(row.*def.value) * series.factor;
+      series.values.push_back(Drawable(v) ? std::optional<double>(v) : std::nullopt);
+      series.any = series.any || Drawable(v);
+      series.below_zero = series.below_zero || (std::isfinite(v) && v < 0);
+    }
+  }
+
+  // A line drawn past the first or last year would leave the plot.
+  auto on_axis = [&](double x) {
+    return std::isfinite(x) && x >= data.first_year - 0.5 && x <= data.last_year + 0.5;
+  };
+  for (const GrowthLineDef& def : kGrowthLines) {
+    ChartData::Growth& growth = data.growth.emplace_back();
     const double x1 = graph.*def.trend_x1, y1 = graph.*def.trend_y1;
     const double x2 = graph.*def.trend_x2, y2 = graph.*def.trend_y2;
     const double p1 = graph.*def.projection_y1, p2 = graph.*def.projection_y2;
-    if (x1 != 0 || y1 != 0 || x2 != 0 || y2 != 0 || p1 != 0 || p2 != 0) any_line_field = true;
-    auto on_axis = [&](double x) {
-      return std::isfinite(x) && x >= first_year - 1 && x <= last_year + 1;
-    };
+    data.any_line_field =
+        data.any_line_field || x1 != 0 || y1 != 0 || x2 != 0 || y2 != 0 || p1 != 0 || p2 != 0;
     if (Drawable(y1) && Drawable(y2) && x1 != x2) {
       if (on_axis(x1) && on_axis(x2)) {
-        growth[g].trend = Segment{x1, y1, x2, y2};
+        growth.trend = ChartData::Segment{x1, y1, x2, y2};
       } else {
-        notes.push_back(std::string(def.label) + " trend line lies outside the years shown (" +
-                        Format("%g", x1) + " to " + Format("%g", x2) + ")");
+        data.notes.push_back(std::string(def.label) + " trend line lies outside the years shown (" +
+                             Format("%g", x1) + " to " + Format("%g", x2) + ")");
       }
     }
     if (Drawable(p1) && Drawable(p2)) {
-      growth[g].projection = Segment{static_cast<double>(latest), p1,
-                                     static_cast<double>(latest + kProjectionYears), p2};
-    }
-    for (const auto& segment : {growth[g].trend, growth[g].projection}) {
-      if (segment) {
-        all_values.push_back(segment->y1);
-        all_values.push_back(segment->y2);
-      }
+      growth.projection = ChartData::Segment{static_cast<double>(data.latest), p1,
+                                             static_cast<double>(data.last_year), p2};
     }
   }
+  return data;
+}
 
-  // The value axis: from the 1-2-3-5 step at or below the smallest value to the one at or above
-  // the largest, at least one tenfold apart.
-  double low = 1, high = 10;
-  if (!all_values.empty()) {
-    const auto [min_it, max_it] = std::minmax_element(all_values.begin(), all_values.end());
-    low = StepAtOrBelow(*min_it);
-    high = StepAtOrAbove(*max_it);
-    for (bool widen_low = true; high / low < 10 * (1 - 1e-9); widen_low = !widen_low) {
-      if (widen_low)
-        low = PreviousStep(low);
-      else
-        high = NextStep(high);
+// The value axis: from the 1-2-3-5 step at or below the smallest value drawn to the one at or
+// above the largest, at least one tenfold apart; 1 to 10 when nothing is drawn.
+std::pair<double, double> ValueRange(const ChartData& data) {
+  std::vector<double> values;
+  for (const ChartData::Series& series : data.series) {
+    for (const auto& v : series.values) {
+      if (v) values.push_back(*v);
     }
   }
-  const Layout layout(first_year, last_year, low, high);
-  auto& out = scene.elements;
+  for (const ChartData::Growth& growth : data.growth) {
+    for (const auto& segment : {growth.trend, growth.projection}) {
+      if (segment) values.insert(values.end(), {segment->y1, segment->y2});
+    }
+  }
+  if (values.empty()) return {1, 10};
+  const auto [min_it, max_it] = std::minmax_element(values.begin(), values.end());
+  double low = StepAtOrBelow(*min_it);
+  double high = StepAtOrAbove(*max_it);
+  for (bool widen_low = true; high / low < 10 * (1 - 1e-9); widen_low = !widen_low) {
+    if (widen_low) {
+      low = PreviousStep(low);
+    } else {
+      high = NextStep(high);
+    }
+  }
+  return {low, high};
+}
 
-  // The projected years, shaded, behind everything else.
-  const double projected_left = layout.X(latest + 0.5);
+// Where a year and a value go on the page.
+class Layout {
+ public:
+  Layout(const ChartData& data, std::pair<double, double> range)
+      : first_year_(data.first_year),
+        year_count_(data.last_year - data.first_year + 1),
+        low_(range.first),
+        high_(range.second),
+        log_low_(std::log10(low_)),
+        log_span_(std::log10(high_) - log_low_) {}
+
+  double X(double year) const {
+    return kPlotLeft + (year - first_year_ + 0.5) * (kPlotRight - kPlotLeft) / year_count_;
+  }
+  double Y(double value) const {
+    return kPlotBottom - (std::log10(value) - log_low_) / log_span_ * (kPlotBottom - kPlotTop);
+  }
+  ScenePoint At(double year, double value) const { return {X(year), Y(value)}; }
+  double low() const { return low_; }
+  double high() const { return high_; }
+  double DecadeHeight() const { return (kPlotBottom - kPlotTop) / log_span_; }
+  double YearWidth() const { return (kPlotRight - kPlotLeft) / year_count_; }
+
+ private:
+  int first_year_;
+  int year_count_;
+  double low_;
+  double high_;
+  double log_low_;
+  double log_span_;
+};
+
+// The projected years shaded, the value grid with its labels and the year axis.
+void AddAxes(const ChartData& data, const Layout& layout, std::vector<SceneElement>& out) {
+  const double projected_left = layout.X(data.latest + 0.5);
   out.push_back(Box(projected_left, kPlotTop, kPlotRight, kPlotBottom, kProjectedShade));
-  // Its caption above the frame, where no line can cross it.
+  // The caption above the frame, where no line can cross it.
   out.push_back(Text((projected_left + kPlotRight) / 2, kPlotTop - 6, "projected", 9, kMuted,
                      TextAnchor::kMiddle));
 
-  // Grid and value labels. Every step gets a grid line; the labels thin out when the decades
-  // are short, the 1s always kept, and the two ends of the axis labelled when there is room.
+  // Every step gets a grid line; the labels thin out when the decades are short, the 1s always
+  // kept, and the two ends of the axis labelled when there is room.
   const double decade_height = layout.DecadeHeight();
+  const double low = layout.low(), high = layout.high();
   std::vector<double> labelled_ys;
   std::vector<SceneText> tick_labels;
   auto label_tick = [&](double v) {
@@ -374,8 +398,8 @@ ChartScene BuildChartScene(const Company& company, Date today) {
                             ((k == 2 || k == 3) && decade_height >= kDecadeRoomForTwos);
       if (!step && decade_height < kDecadeRoomForTwos) continue;
       const double y = layout.Y(v);
-      out.push_back(
-          Line({kPlotLeft, y}, {kPlotRight, y}, labelled ? kGrid : kMinorGrid, k == 1 ? 1.0 : 0.6));
+      out.push_back(Line({kPlotLeft, y}, {kPlotRight, y}, labelled ? kGrid : kMinorGrid,
+                         {k == 1 ? 1.0 : 0.6, {}}));
       if (labelled) label_tick(v);
     }
   }
@@ -388,82 +412,80 @@ ChartScene BuildChartScene(const Company& company, Date today) {
   }
   out.insert(out.end(), tick_labels.begin(), tick_labels.end());
 
-  // Year axis: a tick per year, a label per year (every other when they would crowd), the
-  // latest fiscal year in bold.
+  // A tick per year, a label per year (every other when they would crowd), the latest fiscal
+  // year in bold.
   const int label_every = layout.YearWidth() >= kMinYearLabelSpacing ? 1 : 2;
-  for (int year = first_year; year <= last_year; ++year) {
+  for (int year = data.first_year; year <= data.last_year; ++year) {
     const double x = layout.X(year);
-    out.push_back(Line({x, kPlotBottom}, {x, kPlotBottom + 4}, kFrame, 0.8));
-    if ((last_year - year) % label_every != 0 && year != latest) continue;
+    out.push_back(Line({x, kPlotBottom}, {x, kPlotBottom + 4}, kFrame, {0.8, {}}));
+    if ((data.last_year - year) % label_every != 0 && year != data.latest) continue;
     SceneText label = Text(x, kPlotBottom + 16, std::to_string(year), 9.5,
-                           year > latest ? kMuted : kInk, TextAnchor::kMiddle, "year");
-    label.bold = year == latest;
+                           year > data.latest ? kMuted : kInk, TextAnchor::kMiddle, "year");
+    label.bold = year == data.latest;
     out.push_back(label);
   }
   out.push_back(Text((kPlotLeft + kPlotRight) / 2, kPlotBottom + 34, "fiscal year", 10, kMuted,
                      TextAnchor::kMiddle));
+}
 
-  // The yearly price range as a bar behind the price lines.
-  for (int i = 0; i < rows; ++i) {
-    const auto& high_price = plotted[kHighPrice].values[i];
-    const auto& low_price = plotted[kLowPrice].values[i];
-    if (!high_price || !low_price) continue;
-    const double x = layout.X(latest - i);
-    ScenePath bar = Line({x, layout.Y(*low_price)}, {x, layout.Y(*high_price)}, kPriceBar, 7);
-    out.push_back(bar);
+// The price range bars, the series with a dot per value, the growth lines and the frame.
+void AddPlot(const ChartData& data, const Layout& layout, std::vector<SceneElement>& out) {
+  const ChartData::Series& high_price = data.series[kHighPrice];
+  const ChartData::Series& low_price = data.series[kLowPrice];
+  for (size_t i = 0; i < high_price.values.size(); ++i) {
+    if (!high_price.values[i] || !low_price.values[i]) continue;
+    out.push_back(Line(layout.At(data.YearOfRow(i), *low_price.values[i]),
+                       layout.At(data.YearOfRow(i), *high_price.values[i]), kPriceBar,
+                       kPriceBarPen));
   }
 
-  // The series, oldest year first; a year without a value breaks the line.
+  // Oldest year first; a year without a value breaks the line.
   for (size_t s = 0; s < std::size(kSeries); ++s) {
     const SeriesDef& def = kSeries[s];
-    const Plotted& p = plotted[s];
-    if (!p.any) continue;
+    const ChartData::Series& series = data.series[s];
+    if (!series.any) continue;
+    const Pen pen = SeriesPen(def);
     ScenePath path;
     path.tag = "data-series";
     path.name = def.name;
     path.color = def.color;
-    path.width = def.width;
-    path.dash = DashOf(def.dashed);
+    path.width = pen.width;
+    path.dash = pen.dash;
     std::vector<ScenePoint> run;
-    for (int i = rows - 1; i >= -1; --i) {
-      if (i >= 0 && p.values[i]) {
-        run.push_back({layout.X(latest - i), layout.Y(*p.values[i])});
-      } else if (!run.empty()) {
-        path.runs.push_back(std::move(run));
+    for (size_t i = series.values.size(); i-- > 0;) {
+      if (series.values[i]) run.push_back(layout.At(data.YearOfRow(i), *series.values[i]));
+      if ((!series.values[i] || i == 0) && !run.empty()) {
+        path.runs.push_back(run);
         run.clear();
       }
     }
     out.push_back(path);
-    for (const auto& run_points : path.runs) {
-      for (const ScenePoint& point : run_points) {
+    for (const auto& points : path.runs) {
+      for (const ScenePoint& point : points) {
         out.push_back(SceneDot{point, def.width + 0.8, def.color});
       }
     }
   }
 
-  // The trend and projection lines over the series.
   for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
     const GrowthLineDef& def = kGrowthLines[g];
     const SceneColor color = kSeries[def.series].color;
-    if (const auto& t = growth[g].trend) {
-      ScenePath path =
-          Line({layout.X(t->x1), layout.Y(t->y1)}, {layout.X(t->x2), layout.Y(t->y2)}, color, 1.4);
+    const struct {
+      const std::optional<ChartData::Segment>& segment;
+      const char* name;
+      const Pen& pen;
+    } lines[] = {{data.growth[g].trend, def.trend_name, kTrendPen},
+                 {data.growth[g].projection, def.projection_name, kProjectionPen}};
+    for (const auto& line : lines) {
+      if (!line.segment) continue;
+      const ChartData::Segment& s = *line.segment;
+      ScenePath path = Line(layout.At(s.x1, s.y1), layout.At(s.x2, s.y2), color, line.pen);
       path.tag = "data-line";
-      path.name = def.trend_name;
-      path.dash = {7, 4};
-      out.push_back(path);
-    }
-    if (const auto& pr = growth[g].projection) {
-      ScenePath path = Line({layout.X(pr->x1), layout.Y(pr->y1)},
-                            {layout.X(pr->x2), layout.Y(pr->y2)}, color, 2.4);
-      path.tag = "data-line";
-      path.name = def.projection_name;
-      path.dash = {2, 3};
+      path.name = line.name;
       out.push_back(path);
     }
   }
 
-  // Frame on top of the grid and the shading.
   ScenePath frame;
   frame.runs = {{{kPlotLeft, kPlotTop},
                  {kPlotRight, kPlotTop},
@@ -471,11 +493,12 @@ ChartScene BuildChartScene(const Company& company, Date today) {
                  {kPlotLeft, kPlotBottom},
                  {kPlotLeft, kPlotTop}}};
   frame.color = kFrame;
-  frame.width = 1;
   out.push_back(frame);
+}
 
-  // Title: the company, its symbol and exchange, and the date of its data.
-  // "Name (SYMBOL, EXCHANGE)"; without a name the symbol leads: "SYMBOL (EXCHANGE)".
+// "Name (SYMBOL, EXCHANGE)" and the date of the data.
+void AddTitle(const Company& company, Date today, std::vector<SceneElement>& out) {
+  // Without a name the symbol leads: "SYMBOL (EXCHANGE)".
   std::vector<std::string> parts;
   for (const std::string* part : {&company.strName, &company.strSymbol, &company.ExchangeID}) {
     if (!part->empty()) parts.push_back(*part);
@@ -487,94 +510,91 @@ ChartScene BuildChartScene(const Company& company, Date today) {
   SceneText title_text = Text(kPlotLeft, 34, title, 18, kInk, TextAnchor::kStart, "title");
   title_text.bold = true;
   out.push_back(title_text);
-  const bool has_update = IsValidDate(company.datDataUpdated);
-  std::string subtitle = has_update
+  std::string subtitle = IsValidDate(company.datDataUpdated)
                              ? "data of " + DateText(company.datDataUpdated)
                              : "charted " + DateText(today) + " (the study has no update date)";
   subtitle += "  \u00b7  ratio scale: steady growth is a straight line";
   out.push_back(Text(kPlotLeft, 54, subtitle, 10.5, kMuted, TextAnchor::kStart, "date"));
+}
 
-  // Legend: one entry per drawn series and line, its sample drawn as on the plot.
-  double legend_y = kLegendTop;
-  SceneText legend_title = Text(kLegendLeft, legend_y - 14, "Legend", 10.5, kInk);
-  legend_title.bold = true;
-  out.push_back(legend_title);
-  auto legend_entry = [&](const std::string& label, SceneColor color, double width,
-                          std::vector<double> dash, bool dot) {
-    const double y = legend_y;
-    ScenePath sample = Line({kLegendLeft, y}, {kLegendLeft + 24, y}, color, width);
-    sample.dash = std::move(dash);
-    out.push_back(sample);
-    if (dot) out.push_back(SceneDot{{kLegendLeft + 12, y}, width + 0.8, color});
+// One entry per drawn series and line, its sample drawn as on the plot.
+void AddLegend(const Company& company, const ChartData& data, std::vector<SceneElement>& out) {
+  double y = kLegendTop;
+  SceneText title = Text(kLegendLeft, y - 14, "Legend", 10.5, kInk);
+  title.bold = true;
+  out.push_back(title);
+  auto entry = [&](const std::string& label, SceneColor color, const Pen& pen, bool dot) {
+    out.push_back(Line({kLegendLeft, y}, {kLegendLeft + 24, y}, color, pen));
+    if (dot) out.push_back(SceneDot{{kLegendLeft + 12, y}, pen.width + 0.8, color});
     out.push_back(Text(kLegendLeft + 31, y + 3.5, label, 9.5, kInk, TextAnchor::kStart, "legend"));
-    legend_y += kLegendStep;
+    y += kLegendStep;
   };
   for (size_t s = 0; s < std::size(kSeries); ++s) {
-    if (!plotted[s].any) continue;
+    const ChartData::Series& series = data.series[s];
+    if (!series.any) continue;
     std::string label = kSeries[s].label;
-    if (plotted[s].factor != 1) label += " \u00d7 " + Format("%g", plotted[s].factor);
-    legend_entry(label, kSeries[s].color, kSeries[s].width, DashOf(kSeries[s].dashed), true);
+    if (series.factor != 1) label += " \u00d7 " + Format("%g", series.factor);
+    entry(label, kSeries[s].color, SeriesPen(kSeries[s]), true);
   }
-  if (plotted[kHighPrice].any && plotted[kLowPrice].any) {
-    legend_entry("Price range", kPriceBar, 7, {}, false);
+  if (data.series[kHighPrice].any && data.series[kLowPrice].any) {
+    entry("Price range", kPriceBar, kPriceBarPen, false);
   }
+  auto rate = [](double r) {
+    return r != 0 && std::isfinite(r) ? Format(" (%.1f %%/yr)", r) : std::string();
+  };
   for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
     const GrowthLineDef& def = kGrowthLines[g];
     const SceneColor color = kSeries[def.series].color;
-    auto rate = [](double r) {
-      return r != 0 && std::isfinite(r) ? Format(" (%.1f %%/yr)", r) : std::string();
-    };
-    if (growth[g].trend) {
-      legend_entry(std::string(def.label) + " trend" + rate(company.*def.history_rate), color, 1.4,
-                   {7, 4}, false);
+    if (data.growth[g].trend) {
+      entry(std::string(def.label) + " trend" + rate(company.*def.history_rate), color, kTrendPen,
+            false);
     }
-    if (growth[g].projection) {
-      legend_entry(std::string(def.label) + " projection" + rate(company.*def.projected_rate),
-                   color, 2.4, {2, 3}, false);
+    if (data.growth[g].projection) {
+      entry(std::string(def.label) + " projection" + rate(company.*def.projected_rate), color,
+            kProjectionPen, false);
     }
   }
+  if (y == kLegendTop) out.push_back(Text(kLegendLeft, y + 3.5, "nothing to draw", 9.5, kMuted));
+}
 
-  if (legend_y == kLegendTop) {
-    out.push_back(Text(kLegendLeft, legend_y + 3.5, "nothing to draw", 9.5, kMuted));
-  }
-
-  // Notes on what the study lacks.
-  if (!any_line_field) {
+// The notes on what the study lacks, under the plot. Answers the page height that holds them.
+double AddNotes(const ChartData& data, std::vector<SceneElement>& out) {
+  std::vector<std::string> notes = data.notes;
+  if (!data.any_line_field) {
     notes.push_back("no trend lines: run kwx defaults");
   } else {
     for (size_t g = 0; g < std::size(kGrowthLines); ++g) {
       const std::string label = kGrowthLines[g].label;
-      if (!growth[g].trend) notes.push_back("no " + label + " trend line");
-      if (!growth[g].projection) notes.push_back("no " + label + " projection line");
+      if (!data.growth[g].trend) notes.push_back("no " + label + " trend line");
+      if (!data.growth[g].projection) notes.push_back("no " + label + " projection line");
     }
   }
   // Series missing the same years share one note ("no high price and low price before 2019").
   std::vector<std::pair<std::string, std::vector<std::string>>> gaps;  // (years, series)
   bool below_zero = false;
   for (size_t s = 0; s < std::size(kSeries); ++s) {
-    const Plotted& p = plotted[s];
-    below_zero = below_zero || p.below_zero;
-    std::vector<int> missing;
-    for (int i = rows - 1; i >= 0; --i) {
-      if (!p.values[i]) missing.push_back(latest - i);
+    const ChartData::Series& series = data.series[s];
+    below_zero = below_zero || series.below_zero;
+    std::vector<int> missing;  // oldest first
+    for (size_t i = series.values.size(); i-- > 0;) {
+      if (!series.values[i]) missing.push_back(data.YearOfRow(i));
     }
     if (missing.empty()) continue;
     std::string years;
-    if (!p.any) {
+    if (!series.any) {
       years = "";
-    } else if (missing.front() == first_year &&
+    } else if (missing.front() == data.first_year &&
                missing.back() == missing.front() + static_cast<int>(missing.size()) - 1) {
       years = " before " + std::to_string(missing.back() + 1);
     } else {
       years = " for " + YearList(missing);
     }
-    const std::string label = kSeries[s].note_label;
     auto same =
         std::find_if(gaps.begin(), gaps.end(), [&](const auto& gap) { return gap.first == years; });
     if (same == gaps.end()) {
-      gaps.push_back({years, {label}});
+      gaps.push_back({years, {kSeries[s].note_label}});
     } else {
-      same->second.push_back(label);
+      same->second.push_back(kSeries[s].note_label);
     }
   }
   for (const auto& [years, labels] : gaps) {
@@ -584,21 +604,40 @@ ChartScene BuildChartScene(const Company& company, Date today) {
     }
     notes.push_back("no " + names + years);
   }
-  if (below_zero)
+  if (below_zero) {
     notes.push_back("values of 0 or below are left out: a ratio scale cannot show them");
+  }
 
   // The page grows to hold the notes, at most kMaxNoteLines of them; the rest share the last.
   if (notes.size() > kMaxNoteLines) {
-    for (size_t i = kMaxNoteLines; i < notes.size(); ++i)
+    for (size_t i = kMaxNoteLines; i < notes.size(); ++i) {
       notes[kMaxNoteLines - 1] += "; " + notes[i];
+    }
     notes.resize(kMaxNoteLines);
   }
   for (size_t i = 0; i < notes.size(); ++i) {
     out.push_back(Text(kPlotLeft, kNotesTop + i * kNoteStep, notes[i], 10, kWarning,
                        TextAnchor::kStart, "note"));
   }
-  scene.height = std::max(kNotesTop - kNoteStep, kNotesTop + (notes.size() - 1.0) * kNoteStep) +
-                 kPageBottomMargin;
+  return std::max(kNotesTop - kNoteStep, kNotesTop + (notes.size() - 1.0) * kNoteStep) +
+         kPageBottomMargin;
+}
+
+}  // namespace
+
+ChartScene BuildChartScene(const Company& company, Date today) {
+  const ChartData data = ReadStudy(company);
+  const Layout layout(data, ValueRange(data));
+  ChartScene scene;
+  scene.width = kPageWidth;
+  scene.plot_top_left = {kPlotLeft, kPlotTop};
+  scene.plot_bottom_right = {kPlotRight, kPlotBottom};
+  // Drawing order: the grid behind the plot, the text on top.
+  AddAxes(data, layout, scene.elements);
+  AddPlot(data, layout, scene.elements);
+  AddTitle(company, today, scene.elements);
+  AddLegend(company, data, scene.elements);
+  scene.height = AddNotes(data, scene.elements);
   return scene;
 }
 
