@@ -124,6 +124,13 @@ std::string ChartSvg(const ChartScene& scene) {
 
 bool WriteChart(const ChartScene& scene, ChartFormat format, const std::string& path,
                 std::string* error) {
+  // cairo reports a missing folder only as "error while writing to output stream".
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  std::error_code ec;
+  if (!folder.empty() && !std::filesystem::is_directory(folder, ec)) {
+    *error = "no such folder: " + folder.string();
+    return false;
+  }
   const std::string partial = path + ".partial";
   bool written = false;
   if (format == ChartFormat::kSvg) {
@@ -135,7 +142,6 @@ bool WriteChart(const ChartScene& scene, ChartFormat format, const std::string& 
   } else {
     written = chart_internal::RenderWithCairo(scene, format, partial, error);
   }
-  std::error_code ec;
   if (written) {
     std::filesystem::rename(partial, path, ec);
     if (!ec) return true;

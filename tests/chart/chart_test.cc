@@ -178,7 +178,7 @@ TEST(ChartWriter, WritesSvgPngAndPdf) {
   EXPECT_FALSE(ChartFormatOf("svg"));
   std::string error;
   EXPECT_FALSE(WriteChart(scene, ChartFormat::kPng, dir.File("no/such/dir/chart.png"), &error));
-  EXPECT_FALSE(error.empty());
+  EXPECT_EQ(error, "no such folder: " + dir.File("no/such/dir"));
 }
 
 }  // namespace
