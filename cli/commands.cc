@@ -12,6 +12,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx);
 void AddComparisonCommands(CLI::App& app, Context& ctx);
 void AddFileCommands(CLI::App& app, Context& ctx);
 void AddDefaultsCommands(CLI::App& app, Context& ctx);
+void AddChartCommands(CLI::App& app, Context& ctx);
 
 void AddCommands(CLI::App& app, Context& ctx) {
   AddDatabaseCommands(app, ctx);
@@ -20,6 +21,7 @@ void AddCommands(CLI::App& app, Context& ctx) {
   AddComparisonCommands(app, ctx);
   AddFileCommands(app, ctx);
   AddDefaultsCommands(app, ctx);
+  AddChartCommands(app, ctx);
 }
 
 }  // namespace kwx::cli

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "loader/kwx_loader.h"
 #include "model/company.h"
 #include "tests/support/cli_runner.h"
 #include "tests/support/test_util.h"
@@ -18,29 +17,19 @@ namespace {
 TEST(DefaultsCommand, FillsPrintsAndSavesOnce) {
   testing::TempDir dir;
   const std::string db = dir.File("studies.db");
-  auto kwx = [&](std::vector<std::string> args) {
-    args.insert(args.begin(), {"--db", db});
-    return testing::RunKwx(args);
-  };
+  auto kwx = [&](std::vector<std::string> args) { return testing::RunKwxOn(db, args); };
   ASSERT_EQ(kwx({"init"}).code, 0);
-  std::string id;
-  {
-    kwxLoader loader;
-    ASSERT_TRUE(loader.Access_blnOpenDatabase(db));
-    loader.Access_AddExchange("NYSE");
-    Company c;
-    c.strSymbol = "GRO";
-    c.ExchangeID = "NYSE";
-    for (size_t i = 0; i < c.Yearly.size(); ++i) {
-      c.Yearly[i].Sales = static_cast<float>(100 * std::pow(1.1, 9 - static_cast<int>(i)));
-      c.Yearly[i].EPS = 2;
-    }
-    c.sngACS = 110;
-    c.sngCSO = 100;
-    loader.Access_Update(c);
-    ASSERT_TRUE(loader.ErrorReports().empty());
-    id = std::to_string(c.CompanyID);
+  Company c;
+  c.strSymbol = "GRO";
+  c.ExchangeID = "NYSE";
+  for (size_t i = 0; i < c.Yearly.size(); ++i) {
+    c.Yearly[i].Sales = static_cast<float>(100 * std::pow(1.1, 9 - static_cast<int>(i)));
+    c.Yearly[i].EPS = 2;
   }
+  c.sngACS = 110;
+  c.sngCSO = 100;
+  const std::string id = testing::SaveStudy(db, c);
+  ASSERT_FALSE(id.empty());
   auto saved = [&](const char* property) {
     return nlohmann::json::parse(kwx({"show", id, "--json"}).out).at(property).get<double>();
   };

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "cli/app.h"
+#include "loader/kwx_loader.h"
+#include "model/company.h"
 
 namespace kwx::testing {
 
@@ -25,6 +27,22 @@ inline CliResult RunKwx(const std::vector<std::string>& args, const std::string&
   r.out = out.str();
   r.err = err.str();
   return r;
+}
+
+// Runs `kwx --db DB args...`.
+inline CliResult RunKwxOn(const std::string& db, std::vector<std::string> args) {
+  args.insert(args.begin(), {"--db", db});
+  return RunKwx(args);
+}
+
+// Saves `study` into the database file `db` (made by `kwx init`) through a loader, adding its
+// exchange first; answers its CompanyID as text, empty when the save reported an error.
+inline std::string SaveStudy(const std::string& db, Company study) {
+  kwxLoader loader;
+  if (!loader.Access_blnOpenDatabase(db)) return "";
+  if (!study.ExchangeID.empty()) loader.Access_AddExchange(study.ExchangeID);
+  loader.Access_Update(study);
+  return loader.ErrorReports().empty() ? std::to_string(study.CompanyID) : "";
 }
 
 }  // namespace kwx::testing
