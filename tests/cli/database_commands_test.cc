@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -65,6 +66,60 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
     EXPECT_EQ(r.code, 2) << b.says;
     EXPECT_NE(r.err.find(b.says), std::string::npos) << r.err;
   }
+}
+
+// The sample study `name` (samples/studies) as text.
+std::string Sample(const std::string& name) {
+  const char* source = std::getenv("KWX_SOURCE_DIR");
+  return testing::ReadFile(std::string(source != nullptr ? source : ".") + "/samples/studies/" +
+                           name);
+}
+
+// A value from outside that would break out of its literal makes its statement fail as a
+// whole: the database is unchanged, and the command says it failed.
+TEST(DatabaseCommands, ValuesThatWouldBreakOutOfTheirLiteralChangeNothing) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  const std::string bwp = testing::WriteFile(tmp.File("BWP.kwx"), Sample("BWP.kwx"));
+  const std::string cplm = testing::WriteFile(tmp.File("CPLM.kwx"), Sample("CPLM.kwx"));
+  ASSERT_EQ(Kwx({"--db", db, "import", bwp, cplm}).code, 0);
+  ASSERT_EQ(Kwx({"--db", db, "ref", "sector", "add", "Mining"}).code, 0);
+  const std::string copy_symbols = "x' || (select group_concat(strSymbol) from Company) || '";
+  std::string ssg = Sample("BWP.ssg");
+  const size_t exchange = ssg.find("\nNASDAQ\r\n");
+  ASSERT_NE(exchange, std::string::npos);
+  ssg.replace(exchange + 1, 6, copy_symbols);
+  const std::string hostile = testing::WriteFile(tmp.File("hostile.ssg"), ssg);
+
+  auto rows = [&](const std::string& sql) { return Kwx({"--db", db, "sql", sql}).out; };
+  auto references = [&] {
+    return rows("select * from Exchange") + rows("select * from Sector") +
+           rows("select * from Industry") + rows("select * from DataSource");
+  };
+  const std::string studies_before = rows("select * from Company");
+  const std::string references_before = references();
+  ASSERT_NE(studies_before.find("CPLM"), std::string::npos);
+
+  const std::vector<std::string> attacks[] = {
+      {"ref", "exchange", "add", copy_symbols},
+      {"ref", "sector", "rename", "1", "Energy' --"},
+      {"ref", "sector", "rename", "1", "x' where 1=1 or '"},
+      {"show", "NOPE' \" or 1=1 or \"", "NASDAQ"},
+      {"export", "NOPE' \" or 1=1 or \"", "NASDAQ", tmp.File("out.kwx")},
+  };
+  for (const auto& args : attacks) {
+    std::vector<std::string> full = {"--db", db};
+    full.insert(full.end(), args.begin(), args.end());
+    const CliResult r = Kwx(full);
+    EXPECT_EQ(r.code, 1) << args[2] << ": " << r.out << r.err;
+    EXPECT_EQ(r.out.find("CPLM"), std::string::npos) << r.out;
+    EXPECT_EQ(rows("select * from Company"), studies_before) << args[2];
+    EXPECT_EQ(references(), references_before) << args[2];
+  }
+  // The file's exchange name is never stored, nor anything made of other studies' values.
+  Kwx({"--db", db, "import", "--format", "ssg", hostile});
+  EXPECT_EQ(references(), references_before);
 }
 
 }  // namespace
