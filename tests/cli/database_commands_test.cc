@@ -68,6 +68,43 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
   }
 }
 
+// kwx sql runs any one statement: a query prints its rows, a change how many rows it changed,
+// a failure the engine's own message (exit 1). --json keeps every column in its order, a
+// repeated name included, and shows stored bytes that are not UTF-8 as U+FFFD.
+TEST(DatabaseCommands, SqlRunsOneStatementAndTellsWhatHappened) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  struct Case {
+    std::vector<std::string> args;
+    int code;
+    std::string out;
+    std::string err_has;
+  };
+  const Case cases[] = {
+      {{"insert into Sector(Sector) select 'Energy'"}, 0, "1 row changed\n", ""},
+      {{"insert into Sector(Sector) select Sector || '2' from Sector"}, 0, "1 row changed\n", ""},
+      {{"Update Sector   set Sector='x'"}, 0, "2 rows changed\n", ""},
+      {{"--json", "Delete * From Sector Where SectorID=2;"}, 0, "{\"changed\": 1}\n", ""},
+      {{"select SectorID, Sector from Sector"}, 0, "SectorID\tSector\n1\tx\n", ""},
+      {{"--json", "select SectorID as a, Sector, SectorID as a, cast(x'FF' as text) as b "
+                  "from Sector"},
+       0, "[\n  {\n    \"a\": 1,\n    \"Sector\": \"x\",\n    \"a\": 1,\n    \"b\": \"\xEF\xBF\xBD\"\n  }\n]\n",
+       ""},
+      {{"--json", "select * from Sector where SectorID = 7"}, 0, "[]\n", ""},
+      {{"select * from Nope"}, 1, "", "no such table: Nope"},
+      {{"select 1; drop table Sector"}, 1, "", "second statement"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> args = {"--db", db, "sql"};
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const CliResult r = Kwx(args);
+    EXPECT_EQ(r.code, c.code) << c.args.back() << r.err;
+    EXPECT_EQ(r.out, c.out) << c.args.back();
+    EXPECT_NE(r.err.find(c.err_has), std::string::npos) << r.err;
+  }
+}
+
 // The sample study `name` (samples/studies) as text.
 std::string Sample(const std::string& name) {
   const char* source = std::getenv("KWX_SOURCE_DIR");
