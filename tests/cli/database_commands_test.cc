@@ -105,6 +105,64 @@ TEST(DatabaseCommands, SqlRunsOneStatementAndTellsWhatHappened) {
   }
 }
 
+// The kwx program beside this test program in the build folder.
+std::string KwxProgram() {
+  return (std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "cli" /
+          "kwx")
+      .string();
+}
+
+// Writes `count` small studies named P<prefix><n> into `dir`; answers their paths joined by
+// blanks, for a shell command line.
+std::string StudyFiles(const testing::TempDir& dir, const std::string& prefix, int count) {
+  std::string paths;
+  for (int n = 0; n < count; ++n) {
+    const std::string symbol = prefix + std::to_string(n);
+    paths += " " + testing::WriteFile(dir.File(symbol + ".kwx"),
+                                      "1.01\r\n\r\nC1\r\nStudy " + symbol + "\r\n" + symbol +
+                                          "\r\n\r\nJun/30/2005\r\n");
+  }
+  return paths;
+}
+
+// Real processes on one file: two imports started together both save every study (each
+// waits for the other's lock instead of failing), and a compact during an import loses no
+// study the import reported as saved.
+TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  const std::string kwx = KwxProgram() + " --db " + db;
+  const std::string out = tmp.File("out");
+  auto count = [&](const std::string& where) {
+    const CliResult r = Kwx({"--db", db, "sql", "select count(*) from Company" + where});
+    return r.out.substr(r.out.find('\n') + 1);
+  };
+
+  constexpr int kRounds = 3;
+  constexpr int kFiles = 60;
+  for (int round = 0; round < kRounds; ++round) {
+    const std::string a = StudyFiles(tmp, "A" + std::to_string(round) + "x", kFiles);
+    const std::string b = StudyFiles(tmp, "B" + std::to_string(round) + "x", kFiles);
+    const std::string both = "(" + kwx + " import" + a + " >" + out + ".a 2>&1; echo $? >" +
+                             out + ".a.rc) & (" + kwx + " import" + b + " >" + out +
+                             ".b 2>&1; echo $? >" + out + ".b.rc) & wait";
+    ASSERT_EQ(std::system(both.c_str()), 0);
+    EXPECT_EQ(testing::ReadFile(out + ".a.rc"), "0\n") << testing::ReadFile(out + ".a");
+    EXPECT_EQ(testing::ReadFile(out + ".b.rc"), "0\n") << testing::ReadFile(out + ".b");
+  }
+  EXPECT_EQ(count(""), std::to_string(2 * kRounds * kFiles) + "\n");
+
+  const std::string c = StudyFiles(tmp, "Cx", 150);
+  const std::string during = "(" + kwx + " import" + c + " >" + out + ".c 2>" + out +
+                             ".c.err) & (sleep 0.2; " + kwx + " compact >/dev/null 2>&1) & wait";
+  ASSERT_EQ(std::system(during.c_str()), 0);
+  const std::vector<std::string> reported = testing::ReadLines(out + ".c");
+  EXPECT_FALSE(reported.empty()) << testing::ReadFile(out + ".c.err");
+  EXPECT_EQ(count(" where strSymbol like 'Cx%'"), std::to_string(reported.size()) + "\n")
+      << testing::ReadFile(out + ".c.err");
+}
+
 // The sample study `name` (samples/studies) as text.
 std::string Sample(const std::string& name) {
   const char* source = std::getenv("KWX_SOURCE_DIR");
