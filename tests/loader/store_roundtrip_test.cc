@@ -243,13 +243,20 @@ TEST_F(StoreRoundTrip, InterleavedSavesNeverReachAnotherStudysRows) {
     grown.JudgmentPERT[i].GraphType = static_cast<int32_t>(i + 1);
   }
   loader.Access_Update(grown);
+  // A study whose series keys lie beyond 32 bits saves and loads like any other.
+  Variant data, fields;
+  loader.Access_GetCompanies("insert into Company (CompanyID) select 40000", data, fields);
+  Company big = FullStudy(kPlatformPlain, 7);
+  big.strSymbol = "BIG";
+  big.CompanyID = 40000;
+  loader.Access_Update(big);
 
-  for (const Company* saved : {&b, &grown}) {
+  for (const Company* saved : {&b, &grown, &big}) {
     Company loaded;
     loader.Access_Get(saved->CompanyID, "", "", loaded);
     EXPECT_EQ(DescribeDifferences(*saved, loaded), "") << saved->strSymbol;
   }
-  EXPECT_EQ(Rows("JudgmentPERT"), 8);
+  EXPECT_EQ(Rows("JudgmentPERT"), 11);
   EXPECT_TRUE(loader.ErrorReports().empty());
 }
 
