@@ -177,6 +177,8 @@ TEST_F(DatabaseTest, NulByteTextsAreRefusedAndTheLastErrorSaysWhy) {
   EXPECT_TRUE(db_.LastErrorMessage().empty());
   EXPECT_FALSE(Exec("select * from Nope"));
   EXPECT_EQ(db_.LastErrorMessage(), "no such table: Nope");
+  // Refused as its literal form is: digits glued to a lifted literal never number its value.
+  EXPECT_FALSE(Exec("select Sector from Sector where Sector = \"O'N\"1"));
   EXPECT_FALSE(Exec("select 1; select 2"));
   EXPECT_NE(db_.LastErrorMessage().find("second statement"), std::string::npos);
 }
