@@ -53,8 +53,11 @@ using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
 // Opens an existing database file; never creates one. A file that exists but is not a
 // database opens without complaint, so the schema is read once to find out.
-sqlite3* OpenExisting(const std::string& path) {
-  if (path.empty()) return nullptr;
+sqlite3* OpenExisting(const std::string& path, std::string& error) {
+  if (path.empty()) {
+    error = "no database file named";
+    return nullptr;
+  }
   sqlite3* db = nullptr;
   // One caller at a time uses the connection (see the class comment), so SQLite's own
   // per-call locking of it is pure cost: every column read would take and drop a mutex.
@@ -64,6 +67,7 @@ sqlite3* OpenExisting(const std::string& path) {
   if (rc != SQLITE_OK ||
       sqlite3_exec(db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) !=
           SQLITE_OK) {
+    error = db != nullptr ? sqlite3_errmsg(db) : "out of memory";
     sqlite3_close_v2(db);
     return nullptr;
   }
@@ -193,11 +197,8 @@ bool SqliteDatabase::RunInternal(const char* sql) noexcept {
 bool SqliteDatabase::blnOpenDatabase(std::string& path) {
   Close();
   last_error_.clear();
-  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path));
-  if (!db) {
-    last_error_ = "cannot open '" + path + "' as a database";
-    return false;
-  }
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, last_error_));
+  if (!db) return false;
   // Safety first (see the class comment): a commit is on disk when it returns. The journal
   // mode is the file's own and is left as it is: changing it needs the file to itself, and a
   // program that only reads must not need that.
@@ -216,11 +217,8 @@ bool SqliteDatabase::blnOpenDatabase(std::string& path) {
 
 bool SqliteDatabase::CloseNCompact(std::string& path) {
   Close();
-  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path));
-  if (!db) {
-    last_error_ = "cannot open '" + path + "' as a database";
-    return false;
-  }
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, last_error_));
+  if (!db) return false;
   if (sqlite3_exec(db.get(), "VACUUM", nullptr, nullptr, nullptr) != SQLITE_OK) {
     last_error_ = sqlite3_errmsg(db.get());
     return false;

@@ -60,6 +60,8 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
       {{"--db", (dir / "missing.db").string(), "ref", "sector", "list"}, "does not exist"},
       {{"--db", db, "frobnicate"}, "unknown command 'frobnicate'"},
       {{"--db", db, "ref", "sector", "delete", "x"}, "x"},
+      {{"--db", testing::WriteFile((dir / "junk.db").string(), std::string(200, 'j')), "list"},
+       "file is not a database"},
   };
   for (const Bad& b : bad) {
     CliResult r = Kwx(b.args);
