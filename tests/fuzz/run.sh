@@ -11,7 +11,8 @@ out="$build/executions.txt"
 : >"$out"
 run() {
   local target=$1
-  shift
+  local options=$2
+  shift 2
   local corpus="$build/corpus/$target"
   mkdir -p "$corpus" "$build/findings/$target"
   # Seeds are copied, so the fuzzer's new inputs stay out of the source tree.
@@ -19,7 +20,7 @@ run() {
   local log="$build/$target.log"
   if ! (cd "$build/findings/$target" &&
         "$build/tests/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
-          -print_final_stats=1 "$corpus" >"$log" 2>&1); then
+          -print_final_stats=1 $options "$corpus" >"$log" 2>&1); then
     tail -40 "$log"
     echo "fuzz: $target found a problem (log: $log, input in $build/findings/$target)" >&2
     exit 1
@@ -28,5 +29,5 @@ run() {
   runs=$(grep -o 'stat::number_of_executed_units: *[0-9]*' "$log" | grep -o '[0-9]*$' || echo '?')
   echo "$target $runs executions in $seconds s" | tee -a "$out"
 }
-run kwx_fuzz_stream_get "$source_dir/samples/studies" "$source_dir/tests/fuzz/seeds/stream"
-run kwx_fuzz_statement "$source_dir/tests/fuzz/seeds/statements"
+run kwx_fuzz_stream_get "" "$source_dir/samples/studies" "$source_dir/tests/fuzz/seeds/stream"
+run kwx_fuzz_statement "-dict=$source_dir/tests/fuzz/statement.dict" "$source_dir/tests/fuzz/seeds/statements"
