@@ -3,9 +3,13 @@
 JOBS ?= $(shell nproc)
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+FUZZ_BUILD ?= build-fuzz
+# Seconds each fuzz target runs for.
+FUZZ_SECONDS ?= 60
+CLANGXX := $(shell command -v clang++ 2>/dev/null)
 DEMO_DB ?= $(BUILD)/demo/studies.db
 
-.PHONY: deps build demo test test-plain test-asan bench bench-quick clean
+.PHONY: deps build demo test test-plain test-asan fuzz bench bench-quick clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -18,7 +22,8 @@ build: deps
 demo: build
 	@bash scripts/demo.sh $(BUILD)/cli/kwx $(DEMO_DB)
 
-test: test-plain test-asan
+# The fuzz targets run too when clang is on the machine.
+test: test-plain test-asan $(if $(CLANGXX),fuzz)
 
 test-plain: build
 	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
@@ -29,6 +34,14 @@ test-asan: deps
 	@ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
+# Each libFuzzer target of tests/fuzz runs for FUZZ_SECONDS from its seeds; a finding (a crash,
+# a sanitizer report or a broken check) fails. The executions of each run are written to
+# $(FUZZ_BUILD)/executions.txt.
+fuzz: deps
+	@CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKWX_BUILD_FUZZ=ON >/dev/null
+	@cmake --build $(FUZZ_BUILD) -j $(JOBS)
+	@bash tests/fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
+
 bench: build
 	@$(BUILD)/bench/kwx-bench
 
@@ -36,4 +49,4 @@ bench-quick: build
 	@$(BUILD)/bench/kwx-bench --quick
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

@@ -266,12 +266,19 @@ bool SaveRecord(const StoreContext& store, IDatabase& db, Company& company,
   }
 }
 
+// What a series save does with an element whose row (the smallest key plus its place) holds
+// nothing: leaves the element out, or inserts it as a new row.
+enum class MissingRow : bool { kSkip, kInsert };
+
 // One series by the shared scheme: the company's rows, found from its smallest key, are
 // overwritten element by element; with no rows yet, one row per element is inserted.
-// `derive(row, i)` sets the columns computed from the element's place.
+// `derive(row, i)` sets the columns computed from the element's place. The database keeps a
+// study's series rows in a key block of its own, so "the smallest key plus i" is always a row
+// of this study or no row at all, never another study's row.
 template <class Row, class Derive>
 bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector<Row>& series,
-                size_t count, std::string_view equals, Derive derive, const char* location) {
+                size_t count, std::string_view equals, Derive derive, const char* location,
+                MissingRow missing = MissingRow::kSkip) {
   try {
     IDatabase& db = store.database();
     const TableDef& table = Row::Table();
@@ -310,6 +317,12 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
         AppendAssignments(sql, row, columns, equals, AppendPlainValue<Row>);
         sql.append(" where ").append(table.key).append(" = ");
         AppendSqlInteger(sql, static_cast<int64_t>(first_key) + static_cast<int64_t>(i));
+        if (missing == MissingRow::kInsert) {
+          if (Wrote(db, sql)) continue;
+          sql.clear();
+          sql.append(insert_head);
+          AppendValues(sql, row, columns, AppendPlainValue<Row>);
+        }
       }
       if (!Ran(db, sql)) return false;
     }
@@ -411,9 +424,12 @@ bool SaveSteps(const StoreContext& store, IDatabase& db, Company& company,
                  "mdlAccess_UpdateMonthly") &&
       SaveSeries(store, id, company.JudgmentPMG, Company::kJudgmentPMGRows, "=", as_held,
                  "mdlAccess_UpdatePMG") &&
-      // The PERT update pairs have always been written with blanks around the sign.
+      // The PERT update pairs have always been written with blanks around the sign. A study
+      // may hold more PERT elements than it has rows (the list grows between saves): an
+      // element whose row is missing is inserted, never left out, and the new row takes the
+      // next free key of the study's block, where the next save finds it.
       SaveSeries(store, id, company.JudgmentPERT, company.JudgmentPERT.size(), " = ", as_held,
-                 "mdlAccess_UpdatePERT");
+                 "mdlAccess_UpdatePERT", MissingRow::kInsert);
   if (!series_saved) return false;
   if (!update_judgment) return true;
   if (!SaveJudgments(store, company)) return false;

@@ -16,7 +16,7 @@ constexpr uint8_t kApostrophe = 39;
 
 // Reference names go into SQL by the plain quoting rule with the apostrophe: trimmed and
 // wrapped, nothing inside changed. A name holding an apostrophe therefore makes a statement the
-// database rejects, and is never stored; that is the tables' long-standing behaviour.
+// database refuses as a whole, and is never stored; that is the tables' long-standing behaviour.
 std::string Quoted(std::string_view name) { return QuoteSQLText(name, kApostrophe); }
 
 IDatabase& Require(IDatabase* db) {
@@ -77,7 +77,7 @@ void SaveLookupRows(IDatabase* db, const ReferenceTable& t, const Variant& ids,
     const SafeArray& name_list = names.AsArray();
     for (int32_t i = id_list.LBound(); i <= id_list.UBound(); ++i) {
       const std::string name = CStr(name_list(i));
-      const std::string id = CStr(id_list(i));
+      const std::string id = SqlKeyText(id_list(i));
       bool updated = Execute(db, UpdateFieldSql(t.table, t.name_column, Quoted(name),
                                                 t.id_column, id));
       if (!updated || db->lngRowCount() <= 0) {
@@ -92,7 +92,7 @@ void DeleteLookupRows(IDatabase* db, const ReferenceTable& t, const Variant& ids
   ResumeNext([&] {
     const SafeArray& id_list = ids.AsArray();
     for (int32_t i = id_list.LBound(); i <= id_list.UBound(); ++i) {
-      Execute(db, DeleteRowsSql(t.table, t.id_column, CStr(id_list(i))));
+      Execute(db, DeleteRowsSql(t.table, t.id_column, SqlKeyText(id_list(i))));
     }
   });
 }

@@ -56,6 +56,33 @@ std::string SqlText(const Variant& value) {
   return out;
 }
 
+std::string SqlKeyText(const Variant& key) {
+  std::string text = CStr(key);
+  // sign? digits (. digits?)? (e sign? digits)?
+  size_t i = 0;
+  auto sign = [&] {
+    if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+  };
+  auto digits = [&] {
+    const size_t from = i;
+    while (i < text.size() && text[i] >= '0' && text[i] <= '9') ++i;
+    return i > from;
+  };
+  sign();
+  bool number = digits();
+  if (number && i < text.size() && text[i] == '.') {
+    ++i;
+    digits();
+  }
+  if (number && i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+    ++i;
+    sign();
+    number = digits();
+  }
+  if (text.empty() || (number && i == text.size())) return text;
+  return std::string(1, kUnwritableValueMark) + text;
+}
+
 std::string SqlBoolean(const Variant& value) { return CBool(value) ? "True" : "False"; }
 
 std::string SqlInteger(const Variant& value) { return std::to_string(CInt(value)); }

@@ -64,6 +64,14 @@ void AppendSqlText(std::string& out, std::string_view text);
 void AppendSqlInteger(std::string& out, int64_t value);
 void AppendSqlValue(std::string& out, const Variant& value, ColumnType type);
 
+// The text of a key written into a statement as it stands ("text of the ID"): a value's text
+// by CStr, kept as it is when it is a number's text (digits with an optional sign, point and
+// exponent) or empty. Any other text would be read as SQL and change the statement's shape; it
+// is answered behind kUnwritableValueMark (common/helpers.h), so the statement it goes into is
+// refused as a whole, as a statement with a key the database cannot read fails. Raises the
+// conversion's error (err::kInvalidUseOfNull for Null).
+std::string SqlKeyText(const Variant& key);
+
 // ---- Reading values ----------------------------------------------------------------------
 
 // A text value read from the database: the value as text with every U+00FF turned back into

@@ -36,8 +36,8 @@ class IDatabase : public Object {
   virtual bool CloseNCompact(std::string& path) = 0;
   // Executes one statement. For a query, `fields` receives a zero-based 1-D array of the
   // column names and `data` a 2-D array indexed (row, column) from (0, 0); a query with no rows
-  // leaves them not arrays (Empty). Answers true on success; false when the statement fails or
-  // holds more than one statement (nothing of it runs then).
+  // leaves them not arrays (Empty). Answers true on success; false when the statement fails,
+  // holds more than one statement or holds a NUL byte (nothing of it runs then).
   virtual bool blnExecute(const std::string& sql, Variant& fields, Variant& data) = 0;
   // Rows of the last query, or rows changed by the last action statement.
   virtual int32_t lngRowCount() = 0;

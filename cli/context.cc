@@ -29,7 +29,13 @@ kwxLoader& Context::OpenLoader() {
                        2);
   }
   if (!loader.Access_blnOpenDatabase(options.db_path)) {
-    throw CommandError("cannot open '" + options.db_path + "' as a study database", 2);
+    // The engine's reason (a lock held too long, an upgrade that failed) helps more than the
+    // bare refusal.
+    std::string why;
+    if (const auto* sqlite = dynamic_cast<const SqliteDatabase*>(loader.database().get())) {
+      if (!sqlite->LastErrorMessage().empty()) why = ": " + sqlite->LastErrorMessage();
+    }
+    throw CommandError("cannot open '" + options.db_path + "' as a study database" + why, 2);
   }
   open_ = true;
   return loader;

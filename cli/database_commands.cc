@@ -9,6 +9,7 @@
 #include "cli/context.h"
 #include "cli/json_values.h"
 #include "services/create_database.h"
+#include "services/sqlite_database.h"
 
 namespace kwx::cli {
 namespace {
@@ -37,19 +38,33 @@ void PrintRows(std::ostream& out, const Variant& fields, const Variant& data) {
   }
 }
 
-nlohmann::json RowsJson(const Variant& fields, const Variant& data) {
-  nlohmann::json out = nlohmann::json::array();
-  if (!fields.IsArray() || !data.IsArray()) return out;
+// JSON text of one value or name. Stored bytes that are not UTF-8 are shown as U+FFFD rather
+// than stopping the output.
+std::string JsonText(const nlohmann::json& value) {
+  return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+// The rows as a JSON array of objects, written out here rather than built as JSON objects: a
+// query may answer two columns of one name (a join's CompanyID), and each row keeps every
+// column, in the query's order, under the name the query gave it.
+void PrintRowsJson(std::ostream& out, const Variant& fields, const Variant& data) {
+  if (!fields.IsArray() || !data.IsArray()) {
+    out << "[]\n";
+    return;
+  }
   const SafeArray& names = fields.AsArray();
   const SafeArray& rows = data.AsArray();
+  out << "[";
   for (int32_t r = rows.LBound(1); r <= rows.UBound(1); ++r) {
-    nlohmann::json row = nlohmann::json::object();
+    out << (r > rows.LBound(1) ? ",\n  {" : "\n  {");
     for (int32_t c = rows.LBound(2); c <= rows.UBound(2); ++c) {
-      row[CellText(names(c - rows.LBound(2) + names.LBound()))] = ToJson(rows(r, c));
+      out << (c > rows.LBound(2) ? ",\n    " : "\n    ")
+          << JsonText(CellText(names(c - rows.LBound(2) + names.LBound()))) << ": "
+          << JsonText(ToJson(rows(r, c)));
     }
-    out.push_back(std::move(row));
+    out << "\n  }";
   }
-  return out;
+  out << "\n]\n";
 }
 
 }  // namespace
@@ -62,22 +77,36 @@ void AddDatabaseCommands(CLI::App& app, Context& ctx) {
     *ctx.out << "created " << ctx.options.db_path << "\n";
   });
 
-  auto* sql = app.add_subcommand("sql", "run a query and print its rows");
+  auto* sql = app.add_subcommand(
+      "sql", "run one statement: a query prints its rows, a change how many rows it changed");
   auto sql_text = std::make_shared<std::string>();
   auto sql_json = std::make_shared<bool>(false);
-  sql->add_option("TEXT", *sql_text, "the SQL text (Jet dialect)")->required();
+  sql->add_option("TEXT", *sql_text, "the SQL text (Jet dialect), one statement")->required();
   sql->add_flag("--json", *sql_json, "print the rows as a JSON array of objects");
   sql->callback([&ctx, sql_text, sql_json] {
     kwxLoader& loader = ctx.OpenLoader();
+    IDatabase* db = loader.database().get();
+    if (db == nullptr) throw CommandError("no database object");
     Variant data;
     Variant fields;
-    loader.Access_GetCompanies(*sql_text, data, fields);
+    if (!db->blnExecute(*sql_text, fields, data)) {
+      const auto* sqlite = dynamic_cast<const SqliteDatabase*>(db);
+      throw CommandError(sqlite != nullptr && !sqlite->LastErrorMessage().empty()
+                             ? sqlite->LastErrorMessage()
+                             : "the statement failed");
+    }
     if (!fields.IsArray()) {
-      // An action statement or a failure: the row count is all there is to show.
-      throw CommandError("the statement returned no rows (it failed, or is not a query)");
+      // An action statement: how many rows it changed is all there is to show.
+      const int32_t changed = db->lngRowCount();
+      if (*sql_json) {
+        *ctx.out << "{\"changed\": " << changed << "}\n";
+      } else {
+        *ctx.out << changed << (changed == 1 ? " row" : " rows") << " changed\n";
+      }
+      return;
     }
     if (*sql_json) {
-      *ctx.out << RowsJson(fields, data).dump(2) << "\n";
+      PrintRowsJson(*ctx.out, fields, data);
     } else {
       PrintRows(*ctx.out, fields, data);
     }

@@ -101,7 +101,34 @@ void AddRefCommands(CLI::App& app, Context& ctx) {
     rename->add_option("ID", *id)->required()->check(WholeNumberId());
     rename->add_option("NAME", *new_name)->required();
     rename->callback([&ctx, &m, id, new_name] {
-      (ctx.OpenLoader().*m.update)(OneElement(Variant(*id)), OneElement(Variant(*new_name)));
+      kwxLoader& loader = ctx.OpenLoader();
+      (loader.*m.update)(OneElement(Variant(*id)), OneElement(Variant(*new_name)));
+      // The member answers nothing; read the row back so that a rename the database refused
+      // is not taken for done.
+      Variant ids, names;
+      m.get(loader, ids, names);
+      const std::string wanted = Trim(*new_name);
+      if (ids.IsArray() && names.IsArray()) {
+        const SafeArray& id_list = ids.AsArray();
+        const SafeArray& name_list = names.AsArray();
+        std::string added_as;
+        for (int32_t i = id_list.LBound(); i <= id_list.UBound(); ++i) {
+          if (id_list(i).IsEmpty() || name_list(i).type() != VarType::String ||
+              name_list(i).AsString() != wanted) {
+            continue;
+          }
+          if (CLng(id_list(i)) == *id) return;
+          added_as = CStr(id_list(i));
+        }
+        // An ID with no row of its own takes the name as a new row.
+        if (!added_as.empty()) {
+          *ctx.err << "there is no row " << *id << "; '" << wanted << "' was added\n";
+          *ctx.out << added_as << "\t" << wanted << "\n";
+          return;
+        }
+      }
+      throw CommandError("row " + std::to_string(*id) + " was not renamed to '" + *new_name +
+                         "' (a name holding an apostrophe cannot be stored)");
     });
 
     auto ids = std::make_shared<std::vector<int32_t>>();

@@ -163,8 +163,9 @@ std::string QuoteSQLText(std::string_view text, const uint8_t& quote_code) {
     quote = trimmed.find('\'') != std::string::npos ? '"' : '\'';
   }
   std::string out;
-  out.reserve(trimmed.size() + 2);
+  out.reserve(trimmed.size() + 3);
   out += quote;
+  if (trimmed.find(quote) != std::string::npos) out += kUnwritableValueMark;
   out += trimmed;
   out += quote;
   return out;

@@ -35,10 +35,20 @@ Variant SafeDivide(Variant numerator, Variant divisor, const bool& use_float,
 // is the first of December on purpose. Never raises.
 bool IsValidDate(Date date);
 
+// The byte no statement text may hold. A value that cannot be written as one literal is
+// written with this mark right after its opening quote, and every database object refuses a
+// statement holding it before any of the statement runs. An engine that reads statement text up
+// to a NUL byte sees an unterminated literal there, so it refuses the statement as well.
+inline constexpr char kUnwritableValueMark = '\0';
+
 // The text trimmed of leading and trailing blanks and wrapped in quotes. `quote_code` 34 (") or
 // 39 (') prescribes the quote; any other code, 0 when omitted, chooses " when the trimmed text
-// holds an apostrophe and ' otherwise. Quotes inside the text are never doubled, so a text with
-// both kinds makes a literal the database rejects; callers rely on that. Never raises.
+// holds an apostrophe and ' otherwise. Quotes inside the text are never doubled. A text that
+// holds the quote its literal is wrapped in (both kinds, or the prescribed one) cannot be one
+// literal: its quote would end the literal early and the rest would be read as SQL. Such a text
+// is answered with kUnwritableValueMark after the opening quote, so the statement it goes into
+// fails as a whole and nothing of it runs; callers rely on that. Well-formed texts are answered
+// exactly as trimmed and wrapped. Never raises.
 std::string QuoteSQLText(std::string_view text, const uint8_t& quote_code = 0);
 
 // Replaces, in place, every case-insensitive occurrence of `search` in `text` with

@@ -114,7 +114,8 @@ void MapLatestQuarterEnding(Company& company, const SafeArray& fields) {
 void MapLastFiscalYear(Company& company, const SafeArray& fields) {
   if (IsPlausible(DateAt(fields, ssg::kLastFYField))) return;
   std::optional<double> month = NumberAt(fields, ssg::kFiscalYearEndMonthField);
-  if (!month || *month != static_cast<int>(*month) || *month < 1 || *month > 12) return;
+  // The range first: converting a month far beyond int's range would be undefined.
+  if (!month || *month < 1 || *month > 12 || *month != static_cast<int>(*month)) return;
   const int year = company.intLastFY;
   if (year <= 1900 || year >= 2999) return;
   // Day 0 of the next month is the last day of the year-end month.

@@ -4,10 +4,12 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <system_error>
 
 #include "model/schema.h"
 #include "services/schema_ddl_internal.h"
+#include "services/schema_upgrade_internal.h"
 
 namespace kwx {
 namespace {
@@ -47,9 +49,17 @@ Status CreateDatabase(const std::string& path) {
       return fail(statement);
     }
   }
+  const std::string version = "PRAGMA user_version = " + std::to_string(CurrentSchemaVersion());
+  if (sqlite3_exec(db.get(), version.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+    return fail(version);
+  }
   if (sqlite3_exec(db.get(), "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
     return fail("COMMIT");
   }
+  // Readers and a writer then work side by side, and a program opening the file never has to
+  // change its journal mode (which needs the file to itself). A file system without shared
+  // memory refuses WAL; the file then keeps its rollback journal.
+  sqlite3_exec(db.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
   db.reset();
   return Status::OK();
 }

@@ -9,8 +9,8 @@
 namespace kwx {
 
 // Creates the SQLite database file `path` holding every table of the schema (model/schema.h)
-// with its columns, keys, cascading company rows and indexes, ready for the database object
-// to open. Refuses a path that already exists (the file is left untouched). On any failure
+// with its columns, keys, cascading company rows, indexes and series key triggers, marked with
+// the current schema version and in WAL mode, ready for the database object to open. Refuses a path that already exists (the file is left untouched). On any failure
 // the partly written file is removed and the Status says which path or statement failed.
 Status CreateDatabase(const std::string& path);
 

@@ -230,15 +230,24 @@ class Translator {
   bool Lifting() const { return lift_ && keeps_.empty() && !after_as_; }
   // Before a changed piece of the statement starting at `i`: the unchanged text up to it.
   void CopyTo(size_t i) {
-    out.append(s_.substr(copied_, i - copied_));
+    Append(s_.substr(copied_, i - copied_));
     copied_ = i;
+  }
+  // Appends text of the statement. Digits right after a placeholder would make it a numbered
+  // one ("?1") and bind the value by that number; in the statement as written they stood
+  // after a literal, which the engine refuses, so they are kept apart from the "?".
+  void Append(std::string_view text) {
+    if (after_lift_ && !text.empty() && text.front() >= '0' && text.front() <= '9') out += ' ';
+    after_lift_ = false;
+    out.append(text);
   }
   // After a changed piece ending at `i`: the statement up to `i` is in `out`.
   void Skip(size_t i) { copied_ = i; }
   // Writes the placeholder of a lifted value.
   void Lift(SqlParameter value) {
-    out += '?';
+    Append("?");
     values.push_back(std::move(value));
+    after_lift_ = true;
   }
   // `text` written as a value; a compared text (not a date) names its collation.
   void Text(std::string_view text, bool is_date = false) {
@@ -282,6 +291,7 @@ class Translator {
 
   std::string_view s_;
   size_t copied_ = 0;  // s_ up to here is in `out`
+  bool after_lift_ = false;  // `out` ends with a placeholder
   bool lift_;
   StatementKind kind_ = StatementKind::Other;
   int depth_ = 0;
@@ -317,7 +327,7 @@ void Translator::Number(size_t i, size_t end) {
     }
   }
   // Too large for 64 bits (the engine reads it as a real of its own rounding) or kept.
-  out.append(text);
+  Append(text);
 }
 
 bool Translator::Run() {
@@ -411,7 +421,7 @@ bool Translator::Run() {
         } else {
           // After a minus sign "-1" would open a "--" comment.
           if (!out.empty() && out.back() == '-') out += ' ';
-          out += yes ? "-1" : "0";
+          Append(yes ? "-1" : "0");
         }
         Skip(end);
         i = end;

@@ -50,7 +50,9 @@ struct SqlParameter {
 // A translated statement split into its literal-free shape and the values taken out of it.
 struct ParameterizedSql {
   // The translated text with each lifted literal replaced by "?"; statements differing only
-  // in their values share one shape, so a compiled shape can be reused.
+  // in their values share one shape, so a compiled shape can be reused. Digits that follow a
+  // lifted literal directly are set apart by a blank ("? 1"), so a "?" never becomes a
+  // numbered placeholder and the shape is refused where the literal form is.
   std::string shape;
   // The lifted values in the order of their "?" in `shape`.
   std::vector<SqlParameter> values;

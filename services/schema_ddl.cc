@@ -74,9 +74,27 @@ std::string_view DeclaredTypeName(ColumnType type) noexcept {
   return "TEXT";
 }
 
+std::string SeriesKeyTrigger(const TableDef& t) {
+  const std::string table = Quoted(t.name);
+  const std::string key = Quoted(t.key);
+  const std::string base = "NEW." + Quoted(kCompanyKey) + " * " + std::to_string(kSeriesKeyBlock);
+  const std::string last = base + " + " + std::to_string(kSeriesKeyBlock - 1);
+  // The lowest key of the block no other row holds: the block's first key, or one past a key
+  // held, whichever is smallest and free. The new row's own key does not count as held.
+  return "CREATE TRIGGER " + Quoted(std::string(t.name) + "_key_block") + " AFTER INSERT ON " +
+         table + " BEGIN UPDATE " + table + " SET " + key + " = coalesce((SELECT min(free) FROM (" +
+         "SELECT " + base + " AS free UNION ALL SELECT " + key + " + 1 FROM " + table +
+         " WHERE " + key + " >= " + base + " AND " + key + " < " + last + " AND " + key +
+         " <> NEW." + key + ") WHERE NOT EXISTS (SELECT 1 FROM " + table + " AS held WHERE held." +
+         key + " = free AND held." + key + " <> NEW." + key +
+         ")), RAISE(ABORT, 'no free series key left in the study''s block')) WHERE " + key +
+         " = NEW." + key + "; END";
+}
+
 std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
   std::vector<std::string> tables_ddl;
   std::vector<std::string> indexes;
+  std::vector<std::string> triggers;
   for (const TableDef& t : tables) {
     std::vector<std::string> defs;
     const bool per_company = t.kind == TableKind::PerCompanyRow;
@@ -91,6 +109,7 @@ std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
       defs.push_back(Quoted(kCompanyKey) + " INTEGER NOT NULL" +
                      CascadeTo("Company", kCompanyKey));
       indexes.push_back(IndexStatement(t.name, {{kCompanyKey}}));
+      triggers.push_back(SeriesKeyTrigger(t));
     }
     for (const ColumnDef& c : t.columns) {
       // The key and a series' CompanyID are declared above.
@@ -116,6 +135,8 @@ std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
   }
   tables_ddl.insert(tables_ddl.end(), std::make_move_iterator(indexes.begin()),
                     std::make_move_iterator(indexes.end()));
+  tables_ddl.insert(tables_ddl.end(), std::make_move_iterator(triggers.begin()),
+                    std::make_move_iterator(triggers.end()));
   return tables_ddl;
 }
 

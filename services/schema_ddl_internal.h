@@ -2,6 +2,7 @@
 #ifndef KWX_SERVICES_SCHEMA_DDL_INTERNAL_H_
 #define KWX_SERVICES_SCHEMA_DDL_INTERNAL_H_
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,7 +16,19 @@ namespace kwx {
 // by these names (sqlite_support_internal.h), so the two must stay in step.
 std::string_view DeclaredTypeName(ColumnType type) noexcept;
 
-// CREATE TABLE statements for `tables` in their order, then the CREATE INDEX statements.
+// Series rows are keyed in per-study blocks: study C's rows of a series table hold the keys
+// C * kSeriesKeyBlock to C * kSeriesKeyBlock + kSeriesKeyBlock - 1, and an inserted row takes
+// the lowest free key of its study's block, whatever key the insert asked for. A save reaches
+// a study's rows as "the smallest key plus i" (i below 32768, the most elements a series
+// holds), so it can only ever reach rows of that study; another study's rows are out of reach.
+inline constexpr int64_t kSeriesKeyBlock = 65536;
+
+// The trigger that gives each row inserted into the Series table `table` its key in its
+// study's block (see kSeriesKeyBlock). The insert fails when the block has no free key.
+std::string SeriesKeyTrigger(const TableDef& table);
+
+// CREATE TABLE statements for `tables` in their order, then the CREATE INDEX statements, then
+// the key triggers of the Series tables.
 //   Company, Series, Reference and keyed Shared tables: the key autonumbered
 //     (INTEGER PRIMARY KEY AUTOINCREMENT);
 //   PerCompanyRow tables: CompanyID as primary key;

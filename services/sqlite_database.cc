@@ -13,7 +13,9 @@
 
 #include "automation/errors.h"
 #include "automation/safe_array.h"
+#include "common/helpers.h"
 #include "services/jet_dialect.h"
+#include "services/schema_upgrade_internal.h"
 #include "services/sqlite_support_internal.h"
 
 namespace kwx {
@@ -22,15 +24,27 @@ namespace {
 using sqlite_support::DeclaredKind;
 using sqlite_support::StatementCache;
 
+constexpr const char* kSecondStatement =
+    "the text holds a second statement (nothing of it was run)";
+
 // Compiled shapes kept per connection: more than the loader's distinct statements, so a save
 // or a load never compiles a shape twice.
 constexpr size_t kCachedStatements = 512;
 
-// Every transaction level is a savepoint of this one name: SQLite resolves a repeated name to
-// the innermost level, which is exactly the nesting the loader needs.
+// The outermost transaction level takes the write lock when it begins (waiting for it as long
+// as the busy timeout allows), so two writers never both read and then fail to write.
+constexpr const char* kBegin = "BEGIN IMMEDIATE";
+constexpr const char* kCommit = "COMMIT";
+constexpr const char* kRollbackAll = "ROLLBACK";
+// Every inner level is a savepoint of this one name: SQLite resolves a repeated name to the
+// innermost level, which is exactly the nesting the loader needs.
 constexpr const char* kSavepoint = "SAVEPOINT kwx_trans";
 constexpr const char* kRelease = "RELEASE SAVEPOINT kwx_trans";
 constexpr const char* kRollback = "ROLLBACK TO SAVEPOINT kwx_trans; RELEASE SAVEPOINT kwx_trans";
+
+// How long a statement waits for another program's lock before it fails. Set before the
+// first statement of a connection: reading the schema already needs a lock.
+constexpr int kBusyTimeoutMs = 30000;
 
 struct StatementFinalizer {
   void operator()(sqlite3_stmt* stmt) const noexcept { sqlite3_finalize(stmt); }
@@ -39,16 +53,21 @@ using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
 // Opens an existing database file; never creates one. A file that exists but is not a
 // database opens without complaint, so the schema is read once to find out.
-sqlite3* OpenExisting(const std::string& path) {
-  if (path.empty()) return nullptr;
+sqlite3* OpenExisting(const std::string& path, std::string& error) {
+  if (path.empty()) {
+    error = "no database file named";
+    return nullptr;
+  }
   sqlite3* db = nullptr;
   // One caller at a time uses the connection (see the class comment), so SQLite's own
   // per-call locking of it is pure cost: every column read would take and drop a mutex.
   const int rc =
       sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+  if (rc == SQLITE_OK) sqlite3_busy_timeout(db, kBusyTimeoutMs);
   if (rc != SQLITE_OK ||
       sqlite3_exec(db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) !=
           SQLITE_OK) {
+    error = db != nullptr ? sqlite3_errmsg(db) : "out of memory";
     sqlite3_close_v2(db);
     return nullptr;
   }
@@ -177,43 +196,52 @@ bool SqliteDatabase::RunInternal(const char* sql) noexcept {
 
 bool SqliteDatabase::blnOpenDatabase(std::string& path) {
   Close();
-  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path));
+  last_error_.clear();
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, last_error_));
   if (!db) return false;
+  // Safety first (see the class comment): a commit is on disk when it returns. The journal
+  // mode is the file's own and is left as it is: changing it needs the file to itself, and a
+  // program that only reads must not need that.
   if (sqlite3_exec(db.get(), "PRAGMA foreign_keys = ON", nullptr, nullptr, nullptr) !=
           SQLITE_OK ||
-      !sqlite_support::RegisterJetFunctions(db.get())) {
+      !sqlite_support::RegisterJetFunctions(db.get()) ||
+      sqlite3_exec(db.get(), "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr) !=
+          SQLITE_OK) {
+    last_error_ = sqlite3_errmsg(db.get());
     return false;
   }
-  // Safety first (see the class comment): a commit is on disk when it returns. A file system
-  // without shared memory refuses WAL and the file keeps its rollback journal.
-  sqlite3_exec(db.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
-  if (sqlite3_exec(db.get(), "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr) !=
-      SQLITE_OK) {
-    return false;
-  }
-  // Another program may hold the file for a moment; wait rather than fail at once.
-  sqlite3_busy_timeout(db.get(), 5000);
+  if (!UpgradeSchema(db.get(), last_error_)) return false;
   db_ = std::move(db);
   return true;
 }
 
 bool SqliteDatabase::CloseNCompact(std::string& path) {
   Close();
-  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path));
-  return db && sqlite3_exec(db.get(), "VACUUM", nullptr, nullptr, nullptr) == SQLITE_OK;
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, last_error_));
+  if (!db) return false;
+  if (sqlite3_exec(db.get(), "VACUUM", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    last_error_ = sqlite3_errmsg(db.get());
+    return false;
+  }
+  last_error_.clear();
+  return true;
 }
 
 bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
   fields = Variant();
   data = Variant();
   row_count_ = 0;
+  last_error_.clear();
   bool ok = false;
   try {
     ok = ExecuteOne(sql, fields, data);
+  } catch (const std::exception& e) {
+    last_error_ = e.what();
   } catch (...) {
-    ok = false;
+    last_error_ = "the statement failed";
   }
   if (!ok) {
+    if (last_error_.empty()) last_error_ = "the statement failed";
     fields = Variant();
     data = Variant();
     row_count_ = 0;
@@ -224,8 +252,15 @@ bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant
 }
 
 bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant& data) {
-  if (!db_) return false;
-  if (sql.size() > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
+  if (!db_) return Refuse("no database is open");
+  if (sql.size() > static_cast<size_t>(std::numeric_limits<int>::max())) {
+    return Refuse("the statement is too long");
+  }
+  // A value that could not be written as one literal carries the mark (common/helpers.h); no
+  // statement holding it may run, whether its values are lifted or it runs as plain text.
+  if (sql.find(kUnwritableValueMark) != std::string::npos) {
+    return Refuse("the statement holds a NUL byte (a value that cannot be written as a literal)");
+  }
   ParameterizedSql lifted = ParameterizeJetSql(sql);
   if (lifted.lifted) {
     StatementCache::Entry* entry = statements_->Find(lifted.shape);
@@ -240,7 +275,7 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
         // A second statement is refused before anything runs; the plain text holds it too.
         const char* end = lifted.shape.data() + lifted.shape.size();
         if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
-          return false;
+          return Refuse(kSecondStatement);
         }
         if (sqlite3_bind_parameter_count(stmt.get()) ==
             static_cast<int>(lifted.values.size())) {
@@ -253,6 +288,7 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
     if (entry != nullptr) {
       Bind(entry->stmt, lifted.values);
       const bool ok = Run(db_.get(), entry->stmt, entry, row_count_, fields, data);
+      if (!ok) last_error_ = sqlite3_errmsg(db_.get());
       sqlite3_reset(entry->stmt);
       sqlite3_clear_bindings(entry->stmt);
       return ok;
@@ -265,14 +301,22 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
   const int rc = sqlite3_prepare_v2(db_.get(), text.data(), static_cast<int>(text.size()), &raw,
                                     &tail);
   StatementPtr stmt(raw);
-  if (rc != SQLITE_OK || !stmt) return false;
+  if (rc != SQLITE_OK) return Refuse(sqlite3_errmsg(db_.get()));
+  if (!stmt) return Refuse("the text holds no statement");
   // Refuse before running anything: a value smuggled into the text must not become a
   // statement of its own.
   const char* end = text.data() + text.size();
   if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
-    return false;
+    return Refuse(kSecondStatement);
   }
-  return Run(db_.get(), stmt.get(), nullptr, row_count_, fields, data);
+  const bool ok = Run(db_.get(), stmt.get(), nullptr, row_count_, fields, data);
+  if (!ok) last_error_ = sqlite3_errmsg(db_.get());
+  return ok;
+}
+
+bool SqliteDatabase::Refuse(std::string message) {
+  last_error_ = std::move(message);
+  return false;
 }
 
 int32_t SqliteDatabase::lngRowCount() { return row_count_; }
@@ -280,9 +324,9 @@ int32_t SqliteDatabase::lngRowCount() { return row_count_; }
 void SqliteDatabase::BeginTrans() {
   if (!db_) return;
   if (depth_ > 0 && sqlite3_get_autocommit(db_.get())) depth_ = 0;  // ended by a statement
-  if (!RunInternal(kSavepoint)) {
-    throw AutomationError(err::kInvalidCall,
-                          std::string("BeginTrans failed: ") + sqlite3_errmsg(db_.get()));
+  if (!RunInternal(depth_ == 0 ? kBegin : kSavepoint)) {
+    last_error_ = std::string("BeginTrans failed: ") + sqlite3_errmsg(db_.get());
+    throw AutomationError(err::kInvalidCall, last_error_);
   }
   ++depth_;
 }
@@ -293,14 +337,16 @@ void SqliteDatabase::CommitTrans() {
     depth_ = 0;
     return;
   }
-  if (RunInternal(kRelease)) {
+  const bool outermost = depth_ == 1;
+  if (RunInternal(outermost ? kCommit : kRelease)) {
     --depth_;
     return;
   }
   // A level that cannot be kept is undone, so no transaction is left dangling; the caller
   // learns of it from the error.
   std::string message = std::string("CommitTrans failed: ") + sqlite3_errmsg(db_.get());
-  RunInternal(kRollback);
+  last_error_ = message;
+  RunInternal(outermost ? kRollbackAll : kRollback);
   --depth_;
   throw AutomationError(err::kInvalidCall, std::move(message));
 }
@@ -311,7 +357,7 @@ void SqliteDatabase::RollbackTrans() {
     depth_ = 0;
     return;
   }
-  const bool ok = RunInternal(kRollback);
+  const bool ok = RunInternal(depth_ == 1 ? kRollbackAll : kRollback);
   --depth_;
   if (!ok) {
     throw AutomationError(err::kInvalidCall,

@@ -34,10 +34,19 @@ class StatementCache;
 // statements are compiled once per connection. A shape SQLite refuses to compile runs as its
 // plain translation, so lifting never changes a statement's answer.
 //
-// Safety: every opened file is put in WAL mode with synchronous=FULL, so each committed
-// transaction is on disk when the commit returns and a power loss cannot undo it (NORMAL under
-// WAL could lose the last commits); foreign keys are enforced. A file system that refuses WAL
-// keeps its rollback journal, still with synchronous=FULL.
+// Safety: every connection runs with synchronous=FULL, so each committed transaction is on disk
+// when the commit returns and a power loss cannot undo it (NORMAL under WAL could lose the last
+// commits); foreign keys are enforced. New files are created in WAL mode (create_database.h);
+// opening never changes a file's journal mode. Every statement waits for another program's
+// lock (up to 30 seconds) instead of failing at once, from the first statement on, and the
+// outermost BeginTrans takes the write lock at once (BEGIN IMMEDIATE).
+//
+// Statement texts holding a NUL byte (kUnwritableValueMark, common/helpers.h) are refused
+// before anything runs: that byte marks a value that could not be written as one literal.
+//
+// Series keys: inserted series rows take their key in their study's block
+// (schema_ddl_internal.h). A file written before that rule is upgraded when it is opened, in
+// one transaction (schema_upgrade_internal.h); a file that cannot be upgraded is not opened.
 //
 // The environment variable KWX_TRACE_SQL, read when the object is created, names a file to
 // which every executed statement is appended as one JSON line:
@@ -54,7 +63,9 @@ class SqliteDatabase final : public IDatabase {
   SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
   // Closes any open database, then opens the existing SQLite file at `path` with foreign keys
-  // enforced. False (and nothing created) when the file does not exist or is not a database.
+  // enforced, upgrading a study database written by older code. False (and nothing created)
+  // when the file does not exist, is not a database or cannot be upgraded; LastErrorMessage
+  // then says why.
   bool blnOpenDatabase(std::string& path) override;
   // Closes the open database (an open transaction is rolled back), then compacts the file at
   // `path` in place. False when that file cannot be opened or compacted.
@@ -82,6 +93,10 @@ class SqliteDatabase final : public IDatabase {
   void SetTraceCallback(TraceCallback callback);
   // Number of transaction levels open now.
   int TransactionDepth() const noexcept { return depth_; }
+  // Why the last blnExecute, blnOpenDatabase, CloseNCompact or transaction call failed: the
+  // engine's own message (such as "no such table: Nope"), or the object's reason for refusing
+  // a statement text before the engine saw it. Empty after a blnExecute that succeeded.
+  const std::string& LastErrorMessage() const noexcept { return last_error_; }
 
  private:
   struct Closer {
@@ -91,6 +106,8 @@ class SqliteDatabase final : public IDatabase {
   void Close() noexcept;
   bool RunInternal(const char* sql) noexcept;
   bool ExecuteOne(const std::string& sql, Variant& fields, Variant& data);
+  // Keeps `message` as the last error and answers false.
+  bool Refuse(std::string message);
   void Trace(const std::string& sql, bool ok);
 
   std::unique_ptr<sqlite3, Closer> db_;
@@ -98,6 +115,7 @@ class SqliteDatabase final : public IDatabase {
   std::unique_ptr<sqlite_support::StatementCache> statements_;
   int32_t row_count_ = 0;
   int depth_ = 0;
+  std::string last_error_;
   std::ofstream trace_file_;
   TraceCallback trace_callback_;
 };

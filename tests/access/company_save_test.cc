@@ -287,6 +287,18 @@ TEST(CompanySave, SeriesInsertWhenNoRowsElseOverwriteFromTheSmallestKey) {
       "where JudgmentPERTID = 101"};
   for (const std::string& sql : expected_updates) EXPECT_TRUE(updating.Ran(sql)) << sql;
   EXPECT_EQ(updating.db.statements.back(), "<CommitTrans>");
+  // A PERT element whose row changed nothing is inserted in the insert form, never left out;
+  // the other series leave such an element unwritten.
+  EXPECT_TRUE(updating.StartingWith("insert into JudgmentPERT ").empty());
+  Fixture missing;
+  WriteOneRow(missing.db, 100);
+  missing.db.Answer("Update JudgmentPERT set GraphType = 5", testing::ScriptedResult{});
+  missing.db.Answer("Update Monthly set Month=71", testing::ScriptedResult{});
+  EXPECT_TRUE(SaveCompany(missing.Store(0), company, false));
+  EXPECT_EQ(missing.StartingWith("insert into JudgmentPERT ").size(), 1u);
+  EXPECT_TRUE(missing.Ran("insert into JudgmentPERT (CompanyID,GraphType,ScaleFactorNegative,"
+                          "ScaleFactorPositive) select 41,5,0,1"));
+  EXPECT_TRUE(missing.StartingWith("insert into Monthly").empty());
 }
 
 TEST(CompanySave, JudgmentGroupsFollowThePlatformThenTheMarketAverages) {

@@ -59,6 +59,17 @@ TEST(SqlText, ValueWritersGiveExactTexts) {
   }
   EXPECT_EQ(SqlDouble(Variant(0.1)), "0.1");
   EXPECT_EQ(FlagsText(flags), "101");
+
+  // A key is written as its text only when that text is a number (or empty); any other text
+  // would be read as SQL, so it carries the mark that makes the statement refused.
+  using namespace std::string_literals;
+  const std::vector<std::pair<Variant, std::string>> keys = {
+      {int32_t{4}, "4"},     {2.5, "2.5"},        {"12", "12"},
+      {"-1e3", "-1e3"},      {Variant(), ""},     {"", ""},
+      {"4 or 1=1", "\0" "4 or 1=1"s},           {"1--", "\0" "1--"s},
+      {"abc", "\0abc"s},
+  };
+  for (const auto& [key, want] : keys) EXPECT_EQ(SqlKeyText(key), want) << key;
 }
 
 TEST(SqlText, ApostrophesRoundTripThroughTheSubstitute) {

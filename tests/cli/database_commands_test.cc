@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -59,12 +60,163 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
       {{"--db", (dir / "missing.db").string(), "ref", "sector", "list"}, "does not exist"},
       {{"--db", db, "frobnicate"}, "unknown command 'frobnicate'"},
       {{"--db", db, "ref", "sector", "delete", "x"}, "x"},
+      {{"--db", testing::WriteFile((dir / "junk.db").string(), std::string(200, 'j')), "list"},
+       "file is not a database"},
   };
   for (const Bad& b : bad) {
     CliResult r = Kwx(b.args);
     EXPECT_EQ(r.code, 2) << b.says;
     EXPECT_NE(r.err.find(b.says), std::string::npos) << r.err;
   }
+}
+
+// kwx sql runs any one statement: a query prints its rows, a change how many rows it changed,
+// a failure the engine's own message (exit 1). --json keeps every column in its order, a
+// repeated name included, and shows stored bytes that are not UTF-8 as U+FFFD.
+TEST(DatabaseCommands, SqlRunsOneStatementAndTellsWhatHappened) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  struct Case {
+    std::vector<std::string> args;
+    int code;
+    std::string out;
+    std::string err_has;
+  };
+  const Case cases[] = {
+      {{"insert into Sector(Sector) select 'Energy'"}, 0, "1 row changed\n", ""},
+      {{"insert into Sector(Sector) select Sector || '2' from Sector"}, 0, "1 row changed\n", ""},
+      {{"Update Sector   set Sector='x'"}, 0, "2 rows changed\n", ""},
+      {{"--json", "Delete * From Sector Where SectorID=2;"}, 0, "{\"changed\": 1}\n", ""},
+      {{"select SectorID, Sector from Sector"}, 0, "SectorID\tSector\n1\tx\n", ""},
+      {{"--json", "select SectorID as a, Sector, SectorID as a, cast(x'FF' as text) as b "
+                  "from Sector"},
+       0, "[\n  {\n    \"a\": 1,\n    \"Sector\": \"x\",\n    \"a\": 1,\n    \"b\": \"\xEF\xBF\xBD\"\n  }\n]\n",
+       ""},
+      {{"--json", "select * from Sector where SectorID = 7"}, 0, "[]\n", ""},
+      {{"select * from Nope"}, 1, "", "no such table: Nope"},
+      {{"select 1; drop table Sector"}, 1, "", "second statement"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> args = {"--db", db, "sql"};
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const CliResult r = Kwx(args);
+    EXPECT_EQ(r.code, c.code) << c.args.back() << r.err;
+    EXPECT_EQ(r.out, c.out) << c.args.back();
+    EXPECT_NE(r.err.find(c.err_has), std::string::npos) << r.err;
+  }
+}
+
+// The kwx program beside this test program in the build folder.
+std::string KwxProgram() {
+  return (std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "cli" /
+          "kwx")
+      .string();
+}
+
+// Writes `count` small studies named P<prefix><n> into `dir`; answers their paths joined by
+// blanks, for a shell command line.
+std::string StudyFiles(const testing::TempDir& dir, const std::string& prefix, int count) {
+  std::string paths;
+  for (int n = 0; n < count; ++n) {
+    const std::string symbol = prefix + std::to_string(n);
+    paths += " " + testing::WriteFile(dir.File(symbol + ".kwx"),
+                                      "1.01\r\n\r\nC1\r\nStudy " + symbol + "\r\n" + symbol +
+                                          "\r\n\r\nJun/30/2005\r\n");
+  }
+  return paths;
+}
+
+// Real processes on one file: two imports started together both save every study (each
+// waits for the other's lock instead of failing), and a compact during an import loses no
+// study the import reported as saved.
+TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  const std::string kwx = KwxProgram() + " --db " + db;
+  const std::string out = tmp.File("out");
+  auto count = [&](const std::string& where) {
+    const CliResult r = Kwx({"--db", db, "sql", "select count(*) from Company" + where});
+    return r.out.substr(r.out.find('\n') + 1);
+  };
+
+  constexpr int kRounds = 3;
+  constexpr int kFiles = 60;
+  for (int round = 0; round < kRounds; ++round) {
+    const std::string a = StudyFiles(tmp, "A" + std::to_string(round) + "x", kFiles);
+    const std::string b = StudyFiles(tmp, "B" + std::to_string(round) + "x", kFiles);
+    const std::string both = "(" + kwx + " import" + a + " >" + out + ".a 2>&1; echo $? >" +
+                             out + ".a.rc) & (" + kwx + " import" + b + " >" + out +
+                             ".b 2>&1; echo $? >" + out + ".b.rc) & wait";
+    ASSERT_EQ(std::system(both.c_str()), 0);
+    EXPECT_EQ(testing::ReadFile(out + ".a.rc"), "0\n") << testing::ReadFile(out + ".a");
+    EXPECT_EQ(testing::ReadFile(out + ".b.rc"), "0\n") << testing::ReadFile(out + ".b");
+  }
+  EXPECT_EQ(count(""), std::to_string(2 * kRounds * kFiles) + "\n");
+
+  const std::string c = StudyFiles(tmp, "Cx", 150);
+  const std::string during = "(" + kwx + " import" + c + " >" + out + ".c 2>" + out +
+                             ".c.err) & (sleep 0.2; " + kwx + " compact >/dev/null 2>&1) & wait";
+  ASSERT_EQ(std::system(during.c_str()), 0);
+  const std::vector<std::string> reported = testing::ReadLines(out + ".c");
+  EXPECT_FALSE(reported.empty()) << testing::ReadFile(out + ".c.err");
+  EXPECT_EQ(count(" where strSymbol like 'Cx%'"), std::to_string(reported.size()) + "\n")
+      << testing::ReadFile(out + ".c.err");
+}
+
+// The sample study `name` (samples/studies) as text.
+std::string Sample(const std::string& name) {
+  const char* source = std::getenv("KWX_SOURCE_DIR");
+  return testing::ReadFile(std::string(source != nullptr ? source : ".") + "/samples/studies/" +
+                           name);
+}
+
+// A value from outside that would break out of its literal makes its statement fail as a
+// whole: the database is unchanged, and the command says it failed.
+TEST(DatabaseCommands, ValuesThatWouldBreakOutOfTheirLiteralChangeNothing) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  const std::string bwp = testing::WriteFile(tmp.File("BWP.kwx"), Sample("BWP.kwx"));
+  const std::string cplm = testing::WriteFile(tmp.File("CPLM.kwx"), Sample("CPLM.kwx"));
+  ASSERT_EQ(Kwx({"--db", db, "import", bwp, cplm}).code, 0);
+  ASSERT_EQ(Kwx({"--db", db, "ref", "sector", "add", "Mining"}).code, 0);
+  const std::string copy_symbols = "x' || (select group_concat(strSymbol) from Company) || '";
+  std::string ssg = Sample("BWP.ssg");
+  const size_t exchange = ssg.find("\nNASDAQ\r\n");
+  ASSERT_NE(exchange, std::string::npos);
+  ssg.replace(exchange + 1, 6, copy_symbols);
+  const std::string hostile = testing::WriteFile(tmp.File("hostile.ssg"), ssg);
+
+  auto rows = [&](const std::string& sql) { return Kwx({"--db", db, "sql", sql}).out; };
+  auto references = [&] {
+    return rows("select * from Exchange") + rows("select * from Sector") +
+           rows("select * from Industry") + rows("select * from DataSource");
+  };
+  const std::string studies_before = rows("select * from Company");
+  const std::string references_before = references();
+  ASSERT_NE(studies_before.find("CPLM"), std::string::npos);
+
+  const std::vector<std::string> attacks[] = {
+      {"ref", "exchange", "add", copy_symbols},
+      {"ref", "sector", "rename", "1", "Energy' --"},
+      {"ref", "sector", "rename", "1", "x' where 1=1 or '"},
+      {"show", "NOPE' \" or 1=1 or \"", "NASDAQ"},
+      {"export", "NOPE' \" or 1=1 or \"", "NASDAQ", tmp.File("out.kwx")},
+  };
+  for (const auto& args : attacks) {
+    std::vector<std::string> full = {"--db", db};
+    full.insert(full.end(), args.begin(), args.end());
+    const CliResult r = Kwx(full);
+    EXPECT_EQ(r.code, 1) << args[2] << ": " << r.out << r.err;
+    EXPECT_EQ(r.out.find("CPLM"), std::string::npos) << r.out;
+    EXPECT_EQ(rows("select * from Company"), studies_before) << args[2];
+    EXPECT_EQ(references(), references_before) << args[2];
+  }
+  // The file's exchange name is never stored, nor anything made of other studies' values.
+  Kwx({"--db", db, "import", "--format", "ssg", hostile});
+  EXPECT_EQ(references(), references_before);
 }
 
 }  // namespace

@@ -81,6 +81,7 @@ TEST(IsValidDate, BoundsAreExclusiveAndTheUpperOneIsDecemberFirst) {
 }
 
 TEST(QuoteSQLText, TrimsAndChoosesTheQuote) {
+  using namespace std::string_literals;
   struct Case {
     std::string text;
     uint8_t code;
@@ -90,10 +91,15 @@ TEST(QuoteSQLText, TrimsAndChoosesTheQuote) {
       {"  O'Neil ", 0, "\"O'Neil\""},
       {"abc", 0, "'abc'"},
       {" abc ", 39, "'abc'"},
-      {"O'Neil", 39, "'O'Neil'"},  // prescribed quote: nothing is escaped
       {"say \"hi\"", 0, "'say \"hi\"'"},
-      {"it's \"x\"", 0, "\"it's \"x\"\""},  // both kinds: left as they are
       {"\ttab ", 0, "'\ttab'"},  // only blanks are trimmed
+      {"abc", 34, "\"abc\""},
+      // A text holding its literal's own quote is never one literal: the mark after the
+      // opening quote makes the database refuse the whole statement.
+      {"O'Neil", 39, "'\0O'Neil'"s},
+      {"say \"hi\"", 34, "\"\0say \"hi\"\""s},
+      {"it's \"x\"", 0, "\"\0it's \"x\"\""s},
+      {"x' || (select 1) || '", 39, "'\0x' || (select 1) || ''"s},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(QuoteSQLText(c.text, c.code), c.want) << "[" << c.text << "] code " << +c.code;

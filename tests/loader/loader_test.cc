@@ -262,6 +262,20 @@ TEST(LoaderReferenceTables, StatementTextsOfUpdateDeleteAndAdd) {
   ASSERT_GE(db.statements.size(), 1u);
   EXPECT_EQ(db.statements.front(), "Update Industry   set Industry='Energy' Where IndustryID=0;");
   for (const auto& s : db.statements) EXPECT_EQ(s.find("IndustryID=4"), std::string::npos) << s;
+
+  // A key that is not a number, or a name holding its own quote, cannot be written into the
+  // statement as it stands: it goes behind the NUL byte that makes the database refuse it.
+  db.statements.clear();
+  SafeArray crafted = SafeArray::Vector(0, 0);
+  crafted(0) = Variant("4 or 1=1");
+  loader.Access_DeleteDataSource(Variant(crafted));
+  loader.Access_AddDataSource("x' || (select 1) || '");
+  using namespace std::string_literals;
+  EXPECT_EQ(db.statements,
+            (std::vector<std::string>{"Delete * From DataSource Where DataSourceID=\0" "4 or 1=1;"s,
+                                      "select * from DataSource",
+                                      "insert into DataSource(DataSource) select '\0x' || "
+                                      "(select 1) || ''"s}));
 }
 
 }  // namespace

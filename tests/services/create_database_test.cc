@@ -89,6 +89,60 @@ TEST_F(DatabaseTest, CompanyRowsGoWithTheirCompany) {
   }
 }
 
+// Series rows take the lowest free key of their study's block, whatever key the insert asked
+// for, so "the smallest key plus i" of one study never names another study's row.
+TEST_F(DatabaseTest, SeriesRowsTakeTheLowestFreeKeyOfTheirStudysBlock) {
+  const std::string setup[] = {
+      "insert into Company (strSymbol, ExchangeID) select 'A', 1",
+      "insert into Company (strSymbol, ExchangeID) select 'B', 1",
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 1",
+      "insert into JudgmentPERT (CompanyID, GraphType) select 2, 1",
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 2",
+      "insert into JudgmentPERT (JudgmentPERTID, CompanyID, GraphType) select 5, 2, 2",
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 3",
+      "delete * from JudgmentPERT where JudgmentPERTID = 65537",
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 4",  // fills the gap
+  };
+  for (const std::string& sql : setup) ASSERT_TRUE(Exec(sql)) << sql;
+  EXPECT_EQ(Column("select JudgmentPERTID || ':' || CompanyID || ':' || GraphType "
+                   "from JudgmentPERT order by JudgmentPERTID"),
+            "65536:1:1;65537:1:4;65538:1:3;131072:2:1;131073:2:2;");
+}
+
+// A file written before series keys were kept in blocks is renumbered when it is opened, each
+// study's rows in their old order, and then carries the current schema version.
+TEST_F(DatabaseTest, OpeningAnOldFileMovesEachStudysSeriesIntoItsBlock) {
+  for (const TableDef& t : AllTables()) {
+    if (t.kind == TableKind::Series) {
+      ASSERT_TRUE(Exec("drop trigger \"" + std::string(t.name) + "_key_block\""));
+    }
+  }
+  const std::string old_file[] = {
+      "PRAGMA user_version = 0",
+      "insert into Company (strSymbol, ExchangeID) select 'A', 1",
+      "insert into Company (strSymbol, ExchangeID) select 'B', 1",
+      "insert into Yearly (YearlyID, CompanyID, Year) select 1, 1, 2020",
+      "insert into Yearly (YearlyID, CompanyID, Year) select 2, 2, 2020",
+      "insert into Yearly (YearlyID, CompanyID, Year) select 3, 1, 2019",
+      "insert into Yearly (YearlyID, CompanyID, Year) select 4, 2, 2019",
+      "insert into Yearly (YearlyID, CompanyID, Year) select 65536, 1, 2018",
+      "insert into JudgmentPMG (JudgmentPMGID, CompanyID, Year) select 9, 2, 2021",
+  };
+  for (const std::string& sql : old_file) ASSERT_TRUE(Exec(sql)) << sql;
+
+  ASSERT_TRUE(db_.blnOpenDatabase(path_)) << db_.LastErrorMessage();
+  EXPECT_EQ(Scalar("PRAGMA user_version").AsLong(), 1);
+  EXPECT_EQ(Column("select YearlyID || ':' || CompanyID || ':' || Year from Yearly "
+                   "order by YearlyID"),
+            "65536:1:2020;65537:1:2019;65538:1:2018;131072:2:2020;131073:2:2019;");
+  EXPECT_EQ(Column("select JudgmentPMGID from JudgmentPMG"), "131072;");
+  ASSERT_TRUE(Exec("insert into Yearly (CompanyID, Year) select 2, 2018"));
+  EXPECT_EQ(Scalar("select max(YearlyID) from Yearly where CompanyID = 2").AsLong(), 131074);
+  // Opening the file again changes nothing.
+  ASSERT_TRUE(db_.blnOpenDatabase(path_));
+  EXPECT_EQ(Scalar("select count(*) from Yearly").AsLong(), 6);
+}
+
 TEST(CreateDatabase, RefusesAnExistingFileAndLeavesItAlone) {
   testing::TempDir dir;
   const std::string existing = testing::WriteFile(dir.File("old.db"), "keep me");

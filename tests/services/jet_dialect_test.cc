@@ -83,6 +83,10 @@ TEST(JetDialect, LiftsValuesButKeepsLiteralsThatShapeTheAnswer) {
       // Statements of other kinds, and those with parameters of their own, are not lifted.
       {"create table X (a INTEGER DEFAULT 5)", "create table X (a INTEGER DEFAULT 5)", 0},
       {"select * from T where a = ? and b = 5", "select * from T where a = ? and b = 5", 0},
+      // Digits glued to a literal stay apart from its placeholder: "?1" would be a numbered
+      // placeholder, and the statement would run where its literal form is refused.
+      {"select * from T where a = \"O'N\"1", "select * from T where a = ? COLLATE NOCASE 1", 1},
+      {"select * from T where a = #1/2/2020#2", "select * from T where a = ??", 2},
   };
   for (const Case& c : cases) {
     const ParameterizedSql p = ParameterizeJetSql(c.jet);

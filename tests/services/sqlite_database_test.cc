@@ -158,6 +158,40 @@ TEST_F(DatabaseTest, SecondStatementIsRefusedAndNothingOfItRuns) {
   EXPECT_EQ(Scalar("select count(*) from Sector").AsLong(), 2);
 }
 
+// A NUL byte marks a value that could not be one literal: the text is refused before anything
+// runs, whether its values would be lifted or it runs as plain text. The last error is the
+// engine's own message or the reason for refusing.
+TEST_F(DatabaseTest, NulByteTextsAreRefusedAndTheLastErrorSaysWhy) {
+  using namespace std::string_literals;
+  const std::string refused[] = {
+      "insert into Sector(Sector) select '\0x' || (select 'y') || ''"s,
+      "insert into Sector(Sector) select 'a\0b'"s,
+      "select 'a\0b' as x"s,
+      "create table Scratch (x default 'a\0')"s,
+  };
+  for (const std::string& sql : refused) {
+    EXPECT_FALSE(Exec(sql)) << sql;
+    EXPECT_NE(db_.LastErrorMessage().find("NUL byte"), std::string::npos) << sql;
+  }
+  EXPECT_EQ(Scalar("select count(*) from Sector").AsLong(), 0);
+  EXPECT_TRUE(db_.LastErrorMessage().empty());
+  EXPECT_FALSE(Exec("select * from Nope"));
+  EXPECT_EQ(db_.LastErrorMessage(), "no such table: Nope");
+  // Refused as its literal form is: digits glued to a lifted literal never number its value.
+  EXPECT_FALSE(Exec("select Sector from Sector where Sector = \"O'N\"1"));
+  EXPECT_FALSE(Exec("select 1; select 2"));
+  EXPECT_NE(db_.LastErrorMessage().find("second statement"), std::string::npos);
+}
+
+// New files are created in WAL mode; opening leaves a file's journal mode as it is, so a
+// program that only reads never needs the file to itself.
+TEST_F(DatabaseTest, CreatedInWalModeAndOpeningKeepsTheJournalMode) {
+  EXPECT_EQ(Scalar("PRAGMA journal_mode").AsString(), "wal");
+  ASSERT_TRUE(Exec("PRAGMA journal_mode = DELETE"));
+  ASSERT_TRUE(db_.blnOpenDatabase(path_));
+  EXPECT_EQ(Scalar("PRAGMA journal_mode").AsString(), "delete");
+}
+
 TEST_F(DatabaseTest, DateDiffComparesStoredDatesByDay) {
   ASSERT_TRUE(Exec("insert into DJAverages (DJDate, sngUtilities, sngTransportation, "
                    "sngIndustrials) select '11/22/2026',1,2,3"));

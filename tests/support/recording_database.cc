@@ -41,8 +41,14 @@ bool RecordingDatabase::CloseNCompact(std::string& path) {
 bool RecordingDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
   statements.push_back(sql);
   ScriptedResult r;
+  // Like every database object, refuses a text holding a NUL byte whatever the script says.
   bool answered = false;
+  if (sql.find('\0') != std::string::npos) {
+    r.ok = false;
+    answered = true;
+  }
   for (const auto& [prefix, result] : answers_) {
+    if (answered) break;
     if (sql.compare(0, prefix.size(), prefix) == 0) {
       r = result;
       answered = true;

@@ -1,0 +1,115 @@
+#include "services/schema_upgrade_internal.h"
+
+#include <array>
+#include <string>
+
+#include "model/company.h"
+#include "model/schema.h"
+#include "services/schema_ddl_internal.h"
+
+namespace kwx {
+namespace {
+
+bool Run(sqlite3* db, const std::string& sql) {
+  return sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+std::string Quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
+
+// Version 1: series rows keyed in per-study blocks. Older files numbered series rows from one
+// counter shared by every study, so a study's rows sat wherever its saves happened to fall.
+// Each study's rows are renumbered into its block in their old order (the order a save and
+// the yearly and monthly loads read them in), then the key trigger keeps new rows there.
+bool SeriesKeysInBlocks(sqlite3* db) {
+  for (const TableDef& t : AllTables()) {
+    if (t.kind != TableKind::Series) continue;
+    const std::string table = Quoted(t.name);
+    const std::string key = Quoted(t.key);
+    // Old keys are positive and new ones are at least kSeriesKeyBlock (a study's ID is 1 or
+    // more), so moving every row to a negative key first lets no step of the renumbering meet
+    // a key still held.
+    const bool ok =
+        Run(db, "DROP TABLE IF EXISTS temp.kwx_renumber") &&
+        Run(db, "CREATE TEMP TABLE kwx_renumber AS SELECT " + key + " AS old_key, \"CompanyID\" * " +
+                    std::to_string(kSeriesKeyBlock) +
+                    " + ROW_NUMBER() OVER (PARTITION BY \"CompanyID\" ORDER BY " + key +
+                    ") - 1 AS new_key FROM " + table) &&
+        Run(db, "UPDATE " + table + " SET " + key + " = -1 - " + key) &&
+        Run(db, "UPDATE " + table + " SET " + key +
+                    " = (SELECT new_key FROM temp.kwx_renumber WHERE old_key = -1 - " + table +
+                    "." + key + ")") &&
+        Run(db, "DROP TABLE temp.kwx_renumber") &&
+        Run(db, "DROP TRIGGER IF EXISTS " + Quoted(std::string(t.name) + "_key_block")) &&
+        Run(db, SeriesKeyTrigger(t));
+    if (!ok) return false;
+  }
+  return true;
+}
+
+// Later steps are appended here; a step's version is one more than the one before it.
+constexpr std::array<UpgradeStep, 1> kSteps = {{
+    {1, "series keys in per-study blocks", &SeriesKeysInBlocks},
+}};
+
+int UserVersion(sqlite3* db) {
+  sqlite3_stmt* stmt = nullptr;
+  int version = -1;
+  if (sqlite3_prepare_v2(db, "PRAGMA user_version", -1, &stmt, nullptr) == SQLITE_OK &&
+      sqlite3_step(stmt) == SQLITE_ROW) {
+    version = sqlite3_column_int(stmt, 0);
+  }
+  sqlite3_finalize(stmt);
+  return version;
+}
+
+bool HasStudyTables(sqlite3* db) {
+  sqlite3_stmt* stmt = nullptr;
+  bool found = false;
+  if (sqlite3_prepare_v2(db, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?", -1,
+                         &stmt, nullptr) == SQLITE_OK) {
+    const std::string_view company = Company::Table().name;
+    sqlite3_bind_text(stmt, 1, company.data(), static_cast<int>(company.size()), SQLITE_STATIC);
+    found = sqlite3_step(stmt) == SQLITE_ROW;
+  }
+  sqlite3_finalize(stmt);
+  return found;
+}
+
+}  // namespace
+
+std::span<const UpgradeStep> UpgradeSteps() noexcept { return kSteps; }
+
+int CurrentSchemaVersion() noexcept { return kSteps.back().version; }
+
+bool UpgradeSchema(sqlite3* db, std::string& error) {
+  const int target = CurrentSchemaVersion();
+  const int seen = UserVersion(db);
+  if (seen < 0) {
+    error = std::string("cannot read the schema version: ") + sqlite3_errmsg(db);
+    return false;
+  }
+  // The common case reads one header field and takes no lock for writing.
+  if (seen >= target || !HasStudyTables(db)) return true;
+  if (!Run(db, "BEGIN IMMEDIATE")) {
+    error = std::string("cannot start the upgrade: ") + sqlite3_errmsg(db);
+    return false;
+  }
+  // Another program may have upgraded the file while this one waited for the lock.
+  const int version = UserVersion(db);
+  for (const UpgradeStep& step : kSteps) {
+    if (version < 0 || step.version <= version) continue;
+    if (!step.apply(db)) {
+      error = std::string("upgrade step '") + step.what + "' failed: " + sqlite3_errmsg(db);
+      Run(db, "ROLLBACK");
+      return false;
+    }
+  }
+  if (!Run(db, "PRAGMA user_version = " + std::to_string(target)) || !Run(db, "COMMIT")) {
+    error = std::string("cannot finish the upgrade: ") + sqlite3_errmsg(db);
+    Run(db, "ROLLBACK");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace kwx
