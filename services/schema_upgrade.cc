@@ -46,9 +46,23 @@ bool SeriesKeysInBlocks(sqlite3* db) {
   return true;
 }
 
+// Version 2: every index as the tables declare it now; the symbol index orders symbols without
+// regard to case, as lookups by symbol compare them, so that such a lookup can use it.
+bool IndexesAsDeclared(sqlite3* db) {
+  constexpr std::string_view kCreate = "CREATE INDEX \"";
+  for (const std::string& sql : SchemaStatements(AllTables())) {
+    if (sql.compare(0, kCreate.size(), kCreate) != 0) continue;
+    const size_t end = sql.find('"', kCreate.size());
+    const std::string name = sql.substr(kCreate.size() - 1, end - kCreate.size() + 2);
+    if (!Run(db, "DROP INDEX IF EXISTS " + name) || !Run(db, sql)) return false;
+  }
+  return true;
+}
+
 // Later steps are appended here; a step's version is one more than the one before it.
-constexpr std::array<UpgradeStep, 1> kSteps = {{
+constexpr std::array<UpgradeStep, 2> kSteps = {{
     {1, "series keys in per-study blocks", &SeriesKeysInBlocks},
+    {2, "indexes as declared", &IndexesAsDeclared},
 }};
 
 int UserVersion(sqlite3* db) {

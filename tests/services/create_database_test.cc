@@ -110,7 +110,8 @@ TEST_F(DatabaseTest, SeriesRowsTakeTheLowestFreeKeyOfTheirStudysBlock) {
 }
 
 // A file written before series keys were kept in blocks is renumbered when it is opened, each
-// study's rows in their old order, and then carries the current schema version.
+// study's rows in their old order, its indexes take their declared form, and then it carries
+// the current schema version.
 TEST_F(DatabaseTest, OpeningAnOldFileMovesEachStudysSeriesIntoItsBlock) {
   for (const TableDef& t : AllTables()) {
     if (t.kind == TableKind::Series) {
@@ -119,6 +120,8 @@ TEST_F(DatabaseTest, OpeningAnOldFileMovesEachStudysSeriesIntoItsBlock) {
   }
   const std::string old_file[] = {
       "PRAGMA user_version = 0",
+      "drop index Company_strSymbol_ExchangeID",
+      "create index Company_strSymbol_ExchangeID on Company (strSymbol, ExchangeID)",
       "insert into Company (strSymbol, ExchangeID) select 'A', 1",
       "insert into Company (strSymbol, ExchangeID) select 'B', 1",
       "insert into Yearly (YearlyID, CompanyID, Year) select 1, 1, 2020",
@@ -131,7 +134,11 @@ TEST_F(DatabaseTest, OpeningAnOldFileMovesEachStudysSeriesIntoItsBlock) {
   for (const std::string& sql : old_file) ASSERT_TRUE(Exec(sql)) << sql;
 
   ASSERT_TRUE(db_.blnOpenDatabase(path_)) << db_.LastErrorMessage();
-  EXPECT_EQ(Scalar("PRAGMA user_version").AsLong(), 1);
+  EXPECT_EQ(Scalar("PRAGMA user_version").AsLong(), 2);
+  // The symbol index orders symbols as lookups compare them, without regard to case.
+  EXPECT_NE(CStr(Scalar("select sql from sqlite_master where name = 'Company_strSymbol_ExchangeID'"))
+                .find("COLLATE NOCASE"),
+            std::string::npos);
   EXPECT_EQ(Column("select YearlyID || ':' || CompanyID || ':' || Year from Yearly "
                    "order by YearlyID"),
             "65536:1:2020;65537:1:2019;65538:1:2018;131072:2:2020;131073:2:2019;");
