@@ -34,6 +34,7 @@ void AddChartCommands(CLI::App& app, Context& ctx) {
       ->expected(1, 2);
   cmd->add_option("-o,--output", args->output, "the file to write: .svg, .png or .pdf")->required();
   cmd->callback([&ctx, args] {
+    ctx.reads_only = true;
     // The format is checked before the study is read, so a wrong name costs nothing.
     const std::optional<ChartFormat> format = ChartFormatOf(args->output);
     if (!format) {

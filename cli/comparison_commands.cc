@@ -193,6 +193,7 @@ void AddComparisonCommands(CLI::App& app, Context& ctx) {
     show->add_option("ID", *show_id, "its ID")->required()->check(WholeNumberId());
     show->add_flag("--json", *show_json, "print it as one JSON object");
     show->callback([&ctx, &k, show_id, show_json, noun] {
+      ctx.reads_only = true;
       kwxLoader& loader = ctx.OpenLoader();
       const bool found = k.show(loader, *show_id, *show_json, *ctx.out);
       PrintErrorReports(loader, *ctx.err);

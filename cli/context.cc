@@ -28,6 +28,9 @@ kwxLoader& Context::OpenLoader() {
                            "' does not exist (create it with 'kwx init' or name one with --db)",
                        2);
   }
+  if (auto* sqlite = dynamic_cast<SqliteDatabase*>(loader.database().get())) {
+    sqlite->SetUpgradeAllowed(!reads_only);
+  }
   if (!loader.Access_blnOpenDatabase(options.db_path)) {
     // The engine's reason (a lock held too long, an upgrade that failed) helps more than the
     // bare refusal.

@@ -39,6 +39,9 @@ struct Context {
   std::ostream* err = nullptr;
   // True when `err` is the process's standard error and that is a terminal (progress bars).
   bool err_is_terminal = false;
+  // Set by a command that only reads, before it opens the database: a file written by an
+  // older version then is not upgraded (which writes) but refused with the reason.
+  bool reads_only = false;
 
   // A loader on the chosen platform with no database open (created once).
   kwxLoader& Loader();

@@ -327,6 +327,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
       ->required()
       ->expected(2, 3);
   exp->callback([&ctx, ex] {
+    ctx.reads_only = true;
     const std::string out = ex->words.back();
     const enumDataFile format = FormatOf(out, "");
     Company company =

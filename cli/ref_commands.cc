@@ -68,6 +68,7 @@ void AddRefCommands(CLI::App& app, Context& ctx) {
 
     table->add_subcommand("list", std::string("list the ") + m.title + " (ID and name)")
         ->callback([&ctx, &m] {
+          ctx.reads_only = true;
           Variant ids, names;
           m.get(ctx.OpenLoader(), ids, names);
           PrintList(*ctx.out, ids, names);

@@ -89,6 +89,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
       ->expected(1, 2);
   show->add_flag("--json", *show_json, "print the whole study as one JSON object");
   show->callback([&ctx, show_ids, show_json] {
+    ctx.reads_only = true;
     const Company company = LoadStudy(ctx, *show_ids);
     if (*show_json) {
       *ctx.out << CompanyJson(company).dump(2) << "\n";
@@ -102,6 +103,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
                                           "last updated");
   list->add_flag("--json", *list_json, "print a JSON array of objects");
   list->callback([&ctx, list_json] {
+    ctx.reads_only = true;
     kwxLoader& loader = ctx.OpenLoader();
     Variant data;
     Variant fields;

@@ -27,12 +27,9 @@ std::string IdProblem(std::string_view word, int32_t& value) {
   return "";
 }
 
-// A symbol as the store holds it: trimmed, an apostrophe kept as U+00FF.
-std::string StoredSymbol(std::string_view symbol) {
-  std::string stored = Trim(symbol);
-  ReplaceText(stored, "'", ChrW(255));
-  return stored;
-}
+// A symbol as a load reads it: trimmed, with U+00FF read as the apostrophe statements write it
+// for, whichever of the two the file holds.
+std::string ReadSymbol(const Variant& symbol) { return Trim(TextFromSql(symbol)); }
 
 }  // namespace
 
@@ -68,7 +65,7 @@ StudyIndex::StudyIndex(kwxLoader& loader) : loader_(loader) {
     const Variant& exchange = rows(r, 2);
     if (symbol.IsNull() || symbol.IsEmpty()) continue;
     const int32_t exchange_id = exchange.IsNull() || exchange.IsEmpty() ? 0 : CLng(exchange);
-    studies_[Key{exchange_id, Trim(CStr(symbol))}].push_back(CLng(rows(r, 0)));
+    studies_[Key{exchange_id, ReadSymbol(symbol)}].push_back(CLng(rows(r, 0)));
   }
 }
 
@@ -101,9 +98,9 @@ std::vector<int32_t> StudyIndex::ExchangeIds(std::string_view name) const {
 
 std::vector<int32_t> StudyIndex::Find(std::string_view symbol, std::string_view exchange) const {
   std::vector<int32_t> studies;
-  const std::string stored = StoredSymbol(symbol);
+  const std::string wanted = ReadSymbol(Variant(std::string(symbol)));
   for (int32_t exchange_id : ExchangeIds(exchange)) {
-    const auto it = studies_.find(Key{exchange_id, stored});
+    const auto it = studies_.find(Key{exchange_id, wanted});
     if (it != studies_.end()) studies.insert(studies.end(), it->second.begin(), it->second.end());
   }
   std::sort(studies.begin(), studies.end());
@@ -111,9 +108,8 @@ std::vector<int32_t> StudyIndex::Find(std::string_view symbol, std::string_view 
 }
 
 void StudyIndex::Add(int32_t id, std::string_view symbol, std::string_view exchange) {
-  const std::string stored = StoredSymbol(symbol);
-  for (int32_t exchange_id : ExchangeIds(exchange))
-    studies_[Key{exchange_id, stored}].push_back(id);
+  const std::string read = ReadSymbol(Variant(std::string(symbol)));
+  for (int32_t exchange_id : ExchangeIds(exchange)) studies_[Key{exchange_id, read}].push_back(id);
 }
 
 int32_t ResolveStudy(Context& ctx, const std::vector<std::string>& words) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <cmath>
 #include <optional>
 #include <system_error>
@@ -10,7 +11,9 @@
 
 #include "automation/dates.h"
 #include "automation/format.h"
+#include "automation/text.h"
 #include "automation/value_types.h"
+#include "model/schema.h"
 
 namespace kwx {
 namespace {
@@ -200,11 +203,69 @@ std::optional<SqlParameter> NumberValue(std::string_view text) {
   return std::nullopt;
 }
 
+// The character statements write in place of an apostrophe inside a text (U+00FF); the
+// database keeps the apostrophe itself.
+constexpr std::string_view kStatementApostrophe = "\xC3\xBF";
+
+// True when a column of that name stores dates in the declared tables (names compared without
+// regard to case, as the engine compares them).
+bool IsDateColumn(std::string_view name) {
+  if (name.empty()) return false;
+  static const std::vector<std::string_view> kDateColumns = [] {
+    std::vector<std::string_view> names;
+    for (const TableDef& t : AllTables()) {
+      for (const ColumnDef& column : t.columns) {
+        if (column.type == ColumnType::Date) names.push_back(column.name);
+      }
+    }
+    return names;
+  }();
+  return std::any_of(kDateColumns.begin(), kDateColumns.end(),
+                     [&](std::string_view date) { return EqualsNoCase(date, name); });
+}
+
+// The column names of "insert into T (a, b, ...)" at the start of `s`, or none.
+std::vector<std::string_view> InsertColumnsOf(std::string_view s) {
+  std::vector<std::string_view> columns;
+  size_t i = SkipBlanks(s, 0);
+  auto word = [&] {
+    const size_t begin = SkipBlanks(s, i);
+    i = WordEnd(s, begin);
+    return s.substr(begin, i - begin);
+  };
+  if (!EqualsLower(word(), "insert") || !EqualsLower(word(), "into")) return columns;
+  i = SkipBlanks(s, i);
+  if (i < s.size() && (s[i] == '"' || s[i] == '[')) {
+    const size_t close = s.find(s[i] == '"' ? '"' : ']', i + 1);
+    if (close == std::string_view::npos) return columns;
+    i = close + 1;
+  } else if (word().empty()) {
+    return columns;
+  }
+  i = SkipBlanks(s, i);
+  if (i >= s.size() || s[i] != '(') return columns;
+  const size_t close = s.find(')', i);
+  if (close == std::string_view::npos) return columns;
+  std::string_view list = s.substr(i + 1, close - i - 1);
+  while (!list.empty()) {
+    const size_t comma = list.find(',');
+    std::string_view name = list.substr(0, comma);
+    const size_t first = name.find_first_not_of(" \t\r\n\"[");
+    const size_t last = name.find_last_not_of(" \t\r\n\"]");
+    columns.push_back(first == std::string_view::npos ? std::string_view()
+                                                      : name.substr(first, last - first + 1));
+    if (comma == std::string_view::npos) break;
+    list.remove_prefix(comma + 1);
+  }
+  return columns;
+}
+
 // One pass over a Jet statement: the translation, and with `lift` the lifting of literals
 // into `values`. The rules of both are those of jet_dialect.h.
 class Translator {
  public:
-  Translator(std::string_view s, bool lift) : s_(s), lift_(lift) {
+  Translator(std::string_view s, bool lift)
+      : s_(s), lift_(lift), insert_columns_(InsertColumnsOf(s)) {
     kind_ = lift ? KindOf(s) : StatementKind::Other;
     lift_ = kind_ != StatementKind::Other;
   }
@@ -249,9 +310,31 @@ class Translator {
     values.push_back(std::move(value));
     after_lift_ = true;
   }
-  // `text` written as a value; a compared text (not a date) names its collation.
+  // `text` written as a value, in the form it is stored in: a date (a date literal, or a text
+  // going to or compared with a date column) as StoredDateText, any other text with the
+  // apostrophe the statement spells as U+00FF. A compared text that is no date names its
+  // collation.
   void Text(std::string_view text, bool is_date = false) {
-    const bool compared = !is_date && ComparedHere();
+    const bool compared = ComparedHere();
+    std::string stored;
+    if (!is_date && IsDateColumn(compared ? ColumnBefore() : InsertColumn())) {
+      if (std::optional<Date> d = ParseDate(text)) {
+        stored = StoredDateText(*d);
+        text = stored;
+        is_date = true;
+      }
+    }
+    if (!is_date && text.find(kStatementApostrophe) != std::string_view::npos) {
+      stored.clear();
+      size_t from = 0;
+      for (size_t at = text.find(kStatementApostrophe); at != std::string_view::npos;
+           at = text.find(kStatementApostrophe, from)) {
+        stored.append(text.substr(from, at - from)).push_back('\'');
+        from = at + kStatementApostrophe.size();
+      }
+      stored.append(text.substr(from));
+      text = stored;
+    }
     if (Lifting()) {
       SqlParameter p;
       p.kind = SqlParameter::Kind::Text;
@@ -260,7 +343,7 @@ class Translator {
     } else {
       AppendSingleQuoted(out, text);
     }
-    if (compared) {
+    if (compared && !is_date) {
       const bool ascii = std::all_of(text.begin(), text.end(),
                                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
       out += " COLLATE ";
@@ -275,16 +358,55 @@ class Translator {
     const char c = out[last];
     return c == '=' || c == '<' || c == '>';
   }
+  // The column named right before the comparison operator `out` ends with ("" for none).
+  std::string_view ColumnBefore() const {
+    size_t end = out.find_last_not_of(" \t\r\n");
+    while (end != std::string::npos && (out[end] == '=' || out[end] == '<' || out[end] == '>' ||
+                                         out[end] == '!')) {
+      --end;
+    }
+    end = out.find_last_not_of(" \t\r\n", end);
+    if (end == std::string::npos) return {};
+    if (out[end] == '"' || out[end] == ']') {
+      const size_t open = out.find_last_of(out[end] == '"' ? '"' : '[', end - 1);
+      if (open == std::string::npos) return {};
+      return std::string_view(out).substr(open + 1, end - open - 1);
+    }
+    size_t begin = end + 1;
+    while (begin > 0 && IsWordChar(out[begin - 1])) --begin;
+    return std::string_view(out).substr(begin, end + 1 - begin);
+  }
+  // The column of an insert's column list a value written now goes to ("" for none).
+  std::string_view InsertColumn() const {
+    if (value_index_ < 0 || depth_ != value_depth_ ||
+        static_cast<size_t>(value_index_) >= insert_columns_.size()) {
+      return {};
+    }
+    return insert_columns_[value_index_];
+  }
   void DateLiteral(std::string_view body) {
     if (std::optional<Date> d = ParseDate(body)) {
       try {
-        Text(FormatDate(*d, "General Date"), true);
+        Text(StoredDateText(*d), true);
         return;
       } catch (...) {
-        // A date the formatter cannot write is kept as written below.
+        // A date outside the years the text form covers is kept as written below.
       }
     }
     Text(body, true);
+  }
+  // Follows an insert's value list: the word that opens it, the commas between its values
+  // and what closes it.
+  void InsertWord(std::string_view word) {
+    if (insert_columns_.empty()) return;
+    if (value_index_ < 0 && depth_ == 0 &&
+        (EqualsLower(word, "select") || EqualsLower(word, "values"))) {
+      value_index_ = 0;
+      value_depth_ = EqualsLower(word, "values") ? 1 : 0;
+    } else if (value_index_ >= 0 && depth_ == value_depth_ && EqualsLower(word, "from")) {
+      value_index_ = -1;
+      insert_columns_.clear();
+    }
   }
   void Word(std::string_view word);
   void Number(size_t i, size_t end);
@@ -293,10 +415,15 @@ class Translator {
   size_t copied_ = 0;  // s_ up to here is in `out`
   bool after_lift_ = false;  // `out` ends with a placeholder
   bool lift_;
+  // An insert's columns, and while its values are written the index of the value being
+  // written (-1 otherwise) and the parenthesis depth its values stand at.
+  std::vector<std::string_view> insert_columns_;
   StatementKind kind_ = StatementKind::Other;
   int depth_ = 0;
   std::vector<Keep> keeps_;
   bool after_as_ = false;
+  int value_index_ = -1;
+  int value_depth_ = 0;
   // The previous word, to see "order by" and "group by".
   std::string_view last_word_;
 };
@@ -416,12 +543,10 @@ bool Translator::Run() {
         CopyTo(i);
         if (Lifting()) {
           SqlParameter p;
-          p.integer = yes ? -1 : 0;
+          p.integer = yes ? 1 : 0;
           Lift(std::move(p));
         } else {
-          // After a minus sign "-1" would open a "--" comment.
-          if (!out.empty() && out.back() == '-') out += ' ';
-          Append(yes ? "-1" : "0");
+          Append(yes ? "1" : "0");
         }
         Skip(end);
         i = end;
@@ -444,6 +569,7 @@ bool Translator::Run() {
           }
         }
       }
+      InsertWord(word);
       Word(word);
       i = end;
       after_as_ = lift_ && EqualsLower(word, "as");
@@ -452,8 +578,10 @@ bool Translator::Run() {
       // A parameter of the statement's own would shift the numbering of the lifted ones.
       if (lift_ && (c == '?' || c == ':' || c == '@' || c == '$')) return false;
       if (c == '(') ++depth_;
+      if (c == ',' && value_index_ >= 0 && depth_ == value_depth_) ++value_index_;
       if (c == ')') {
         --depth_;
+        if (depth_ < value_depth_) value_index_ = -1;
         while (!keeps_.empty() && keeps_.back().depth > depth_) keeps_.pop_back();
       }
       ++i;
@@ -465,6 +593,18 @@ bool Translator::Run() {
 }
 
 }  // namespace
+
+std::string StoredDateText(Date d) {
+  char text[24];
+  const int year = Year(d);
+  if (HasTime(d)) {
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", year, Month(d), Day(d),
+                  Hour(d), Minute(d), Second(d));
+  } else {
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d", year, Month(d), Day(d));
+  }
+  return text;
+}
 
 std::string TranslateJetSql(std::string_view s) {
   Translator t(s, false);

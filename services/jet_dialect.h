@@ -9,31 +9,47 @@
 #include <string_view>
 #include <vector>
 
+#include "automation/value_types.h"
+
 namespace kwx {
+
+// The text a date is stored as: ISO "yyyy-mm-dd", followed by " hh:mm:ss" when it has a time
+// of day. Such texts sort and compare as the dates do, and other programs read them as dates.
+// Raises err::kOverflow for a date outside the years 100 to 9999.
+std::string StoredDateText(Date d);
 
 // The collation that compares texts without regard to case in every script; an engine that
 // runs translated statements registers it under this name. Texts of ASCII only are compared
 // by the engine's own NOCASE instead, which an index declared NOCASE can serve.
 inline constexpr const char* kNoCaseCollation = "kwx_nocase";
 
-// Translates one Jet statement. Outside literals and identifiers:
+// Translates one Jet statement into the statement the engine runs on the stored forms of the
+// values. Outside literals and identifiers:
 //   "Delete * From" (any case, any blanks)  -> "DELETE FROM"
-//   the words True / False (any case)       -> -1 / 0 (Jet's True is -1)
-//   a date literal #11/22/2026#             -> '11/22/2026' (reformatted as M/d/yyyy when it
-//                                              is another date form; kept as written when it
-//                                              does not parse as a date)
+//   the words True / False (any case)       -> 1 / 0 (Booleans are stored as 1 and 0, as
+//                                              other programs read them; a stored -1, Jet's
+//                                              own True, still reads as True)
+//   a date literal #11/22/2026#             -> '2026-11-22' (StoredDateText; kept as written
+//                                              when it does not parse as a date)
+//   a text that parses as a date and goes   -> its StoredDateText, so that stored dates sort
+//   to a date column (an insert's value, an    and compare as dates ("1/5/2026" gives
+//   assignment) or is compared with one        '2026-01-05'); a date column is one the
+//                                              declared tables store dates in
+//   any other text                          -> with each U+00FF turned into the apostrophe
+//                                              it stands for in statements: the database
+//                                              keeps the apostrophe itself
 //   a text compared by = <> < > <= >=       -> the text followed by COLLATE NOCASE, or by
-//                                              COLLATE kwx_nocase when it holds more than
+//   (not a date)                               COLLATE kwx_nocase when it holds more than
 //                                              ASCII: Jet compares text without regard to
 //                                              case, in every script
 //   a double-quoted literal "O'Neil"        -> 'O''Neil' (Jet quotes identifiers with
 //                                              brackets, so a double-quoted text is a value;
 //                                              one glued to a "." is a qualified name and
 //                                              is kept)
-// Text inside '...' literals, [...] identifiers and comments is copied unchanged, so a value
-// can never be turned into SQL. Everything else is copied byte for byte. Never fails: text it
-// does not understand (an unterminated literal) is copied as it stands and left to the engine
-// to refuse.
+// Text inside '...' literals, [...] identifiers and comments is copied unchanged but for the
+// stored forms above, so a value can never be turned into SQL. Everything else is copied byte
+// for byte. Never fails: text it does not understand (an unterminated literal) is copied as it
+// stands and left to the engine to refuse.
 std::string TranslateJetSql(std::string_view jet_sql);
 
 // One value lifted out of a statement, typed as the engine would have read the literal: a

@@ -1,10 +1,13 @@
 #include "services/schema_upgrade_internal.h"
 
 #include <array>
+#include <optional>
 #include <string>
 
+#include "automation/dates.h"
 #include "model/company.h"
 #include "model/schema.h"
+#include "services/jet_dialect.h"
 #include "services/schema_ddl_internal.h"
 
 namespace kwx {
@@ -59,10 +62,71 @@ bool IndexesAsDeclared(sqlite3* db) {
   return true;
 }
 
+// A stored date in its stored form (StoredDateText): a text that parses as a date, or a
+// serial number; anything else is kept as it is.
+void StoredDateFunction(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  sqlite3_value* v = argv[0];
+  std::optional<Date> date;
+  const int type = sqlite3_value_type(v);
+  if (type == SQLITE_INTEGER || type == SQLITE_FLOAT) {
+    date = Date{sqlite3_value_double(v)};
+  } else if (type == SQLITE_TEXT) {
+    date = ParseDate(std::string_view(reinterpret_cast<const char*>(sqlite3_value_text(v)),
+                                      static_cast<size_t>(sqlite3_value_bytes(v))));
+  }
+  try {
+    if (date) {
+      const std::string text = StoredDateText(*date);
+      sqlite3_result_text(ctx, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+      return;
+    }
+  } catch (...) {
+    // A serial outside the years a date text covers stays as it is.
+  }
+  sqlite3_result_value(ctx, v);
+}
+
+// Version 3: values in the forms other programs read correctly. Dates were stored in the
+// M/d/yyyy text the statements write (which sorts as text, not as dates), a text's apostrophe
+// as the U+00FF statements write in its place, and True as -1.
+bool StoredForms(sqlite3* db) {
+  if (sqlite3_create_function_v2(db, "kwx_stored_date", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                                 nullptr, &StoredDateFunction, nullptr, nullptr,
+                                 nullptr) != SQLITE_OK) {
+    return false;
+  }
+  for (const TableDef& t : AllTables()) {
+    const std::string table = Quoted(t.name);
+    for (const ColumnDef& column : t.columns) {
+      const std::string c = Quoted(column.name);
+      std::string sql;
+      switch (column.type) {
+        case ColumnType::Date:
+          sql = "UPDATE " + table + " SET " + c + " = kwx_stored_date(" + c + ") WHERE " + c +
+                " IS NOT NULL";
+          break;
+        case ColumnType::Text:
+        case ColumnType::Variant:
+          sql = "UPDATE " + table + " SET " + c + " = replace(" + c + ", '\xC3\xBF', '''') " +
+                "WHERE instr(" + c + ", '\xC3\xBF') > 0";
+          break;
+        case ColumnType::Boolean:
+          sql = "UPDATE " + table + " SET " + c + " = 1 WHERE " + c + " = -1";
+          break;
+        default:
+          continue;
+      }
+      if (!Run(db, sql)) return false;
+    }
+  }
+  return true;
+}
+
 // Later steps are appended here; a step's version is one more than the one before it.
-constexpr std::array<UpgradeStep, 2> kSteps = {{
+constexpr std::array<UpgradeStep, 3> kSteps = {{
     {1, "series keys in per-study blocks", &SeriesKeysInBlocks},
     {2, "indexes as declared", &IndexesAsDeclared},
+    {3, "dates, apostrophes and Booleans in the forms other programs read", &StoredForms},
 }};
 
 int UserVersion(sqlite3* db) {
@@ -95,7 +159,7 @@ std::span<const UpgradeStep> UpgradeSteps() noexcept { return kSteps; }
 
 int CurrentSchemaVersion() noexcept { return kSteps.back().version; }
 
-bool UpgradeSchema(sqlite3* db, std::string& error) {
+bool UpgradeSchema(sqlite3* db, bool allowed, std::string& error) {
   const int target = CurrentSchemaVersion();
   const int seen = UserVersion(db);
   if (seen < 0) {
@@ -104,6 +168,12 @@ bool UpgradeSchema(sqlite3* db, std::string& error) {
   }
   // The common case reads one header field and takes no lock for writing.
   if (seen >= target || !HasStudyTables(db)) return true;
+  if (!allowed) {
+    error = "the database was written by an older version (schema " + std::to_string(seen) +
+            ", now " + std::to_string(target) +
+            ") and must be upgraded first: a command that writes to it upgrades it (kwx upgrade)";
+    return false;
+  }
   if (!Run(db, "BEGIN IMMEDIATE")) {
     error = std::string("cannot start the upgrade: ") + sqlite3_errmsg(db);
     return false;

@@ -27,8 +27,9 @@ int CurrentSchemaVersion() noexcept;
 // Brings the open study database `db` up to the current schema version: in one transaction,
 // every step above the file's version, then the new version. A file already current (or newer)
 // and a file that holds no study tables are left untouched. False (the file unchanged) when a
-// step fails, with the reason in `error`.
-bool UpgradeSchema(sqlite3* db, std::string& error);
+// step fails, or when the file needs an upgrade and `allowed` is false (a program that only
+// reads must not write), with the reason in `error`.
+bool UpgradeSchema(sqlite3* db, bool allowed, std::string& error);
 
 }  // namespace kwx
 

@@ -91,6 +91,10 @@ class SqliteDatabase final : public IDatabase {
   bool SetTraceFile(const std::string& path);
   // Hands every trace line to `callback` as well; an empty callback stops it.
   void SetTraceCallback(TraceCallback callback);
+  // Whether opening a file written by an older version upgrades it (the default). A program
+  // that only reads turns this off: such a file then does not open, and LastErrorMessage says
+  // that it needs an upgrade.
+  void SetUpgradeAllowed(bool allowed) noexcept { upgrade_allowed_ = allowed; }
   // Number of transaction levels open now.
   int TransactionDepth() const noexcept { return depth_; }
   // Why the last blnExecute, blnOpenDatabase, CloseNCompact or transaction call failed: the
@@ -115,6 +119,7 @@ class SqliteDatabase final : public IDatabase {
   std::unique_ptr<sqlite_support::StatementCache> statements_;
   int32_t row_count_ = 0;
   int depth_ = 0;
+  bool upgrade_allowed_ = true;
   std::string last_error_;
   std::ofstream trace_file_;
   TraceCallback trace_callback_;

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -105,6 +106,36 @@ TEST(DatabaseCommands, SqlRunsOneStatementAndTellsWhatHappened) {
     EXPECT_EQ(r.out, c.out) << c.args.back();
     EXPECT_NE(r.err.find(c.err_has), std::string::npos) << r.err;
   }
+}
+
+// A file written by an older version is upgraded by a command that writes; a command that only
+// reads leaves it as it is and says why it cannot read it yet.
+TEST(DatabaseCommands, OnlyAWritingCommandUpgradesAnOlderFile) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  ASSERT_EQ(Kwx({"--db", db, "sql", "insert into Company (strSymbol) select 'A'"}).code, 0);
+  ASSERT_EQ(Kwx({"--db", db, "sql", "PRAGMA user_version = 2"}).code, 0);
+  for (const std::vector<std::string>& reading :
+       {std::vector<std::string>{"list"}, {"show", "1"}, {"ref", "sector", "list"}}) {
+    std::vector<std::string> args = {"--db", db};
+    args.insert(args.end(), reading.begin(), reading.end());
+    const CliResult r = Kwx(args);
+    EXPECT_EQ(r.code, 2) << reading[0];
+    EXPECT_NE(r.err.find("must be upgraded"), std::string::npos) << r.err;
+  }
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open_v2(db.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+  int version = -1;
+  sqlite3_exec(
+      raw, "PRAGMA user_version",
+      [](void* v, int, char** values, char**) { return *static_cast<int*>(v) = std::atoi(values[0]), 0; },
+      &version, nullptr);
+  sqlite3_close(raw);
+  EXPECT_EQ(version, 2) << "a read left the file as it was";
+  const CliResult upgraded = Kwx({"--db", db, "upgrade"});
+  EXPECT_EQ(upgraded.code, 0) << upgraded.err;
+  EXPECT_EQ(Kwx({"--db", db, "list"}).code, 0);
 }
 
 // The kwx program beside this test program in the build folder.

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -81,6 +82,38 @@ int32_t Count(kwxLoader& loader, const std::string& sql) {
 int32_t Count(const std::string& db, const std::string& sql) {
   kwxLoader loader;
   return loader.Access_blnOpenDatabase(db) ? Count(loader, sql) : -1;
+}
+
+// Another program reading the file straight (as the sqlite3 shell or pandas would) sees dates
+// that sort as dates, apostrophes as apostrophes and Booleans as 1 and 0.
+TEST(FileCommands, OtherProgramsReadAnImportedFileCorrectly) {
+  testing::TempDir dir;
+  const std::string db = dir.File("studies.db");
+  ASSERT_EQ(testing::RunKwxOn(db, {"init"}).code, 0);
+  std::string older = KwxText("OLD", "O'Hara Foods");
+  older.replace(older.find("Jun/30/2005"), 11, "Jan/31/2004");
+  const std::vector<std::string> files = {
+      testing::WriteFile(dir.File("new.kwx"), KwxText("NEW", "Newer")),
+      testing::WriteFile(dir.File("old.kwx"), older)};
+  ASSERT_EQ(testing::RunKwxOn(db, {"import", files[0], files[1]}).code, 0);
+
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open_v2(db.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+  std::string seen;
+  auto collect = [](void* out, int n, char** values, char**) {
+    for (int i = 0; i < n; ++i) *static_cast<std::string*>(out) += (values[i] ? values[i] : "NULL") + std::string(";");
+    return 0;
+  };
+  for (const char* sql : {"select strSymbol, datLastFY from Company order by datLastFY",
+                          "select strName from Company where datLastFY < '2005-01-01'",
+                          "select distinct blnTaxRate from Options"}) {
+    ASSERT_EQ(sqlite3_exec(raw, sql, collect, &seen, nullptr), SQLITE_OK) << sql;
+  }
+  sqlite3_close(raw);
+  EXPECT_EQ(seen, "OLD;2004-01-31;NEW;2005-06-30;O'Hara Foods;0;");
+  // The loader reads back what it wrote.
+  const CliResult shown = testing::RunKwxOn(db, {"show", "OLD", "", "--json"});
+  EXPECT_NE(shown.out.find("\"O'Hara Foods\""), std::string::npos) << shown.out << shown.err;
 }
 
 TEST(FileCommands, ImportReadAndExport) {

@@ -122,8 +122,12 @@ TEST_F(DatabaseTest, OpeningAnOldFileMovesEachStudysSeriesIntoItsBlock) {
       "PRAGMA user_version = 0",
       "drop index Company_strSymbol_ExchangeID",
       "create index Company_strSymbol_ExchangeID on Company (strSymbol, ExchangeID)",
-      "insert into Company (strSymbol, ExchangeID) select 'A', 1",
-      "insert into Company (strSymbol, ExchangeID) select 'B', 1",
+      // Values in the forms older files stored: M/d/yyyy dates, U+00FF for an apostrophe,
+      // True as -1 (written past the statement forms that now store them otherwise).
+      "insert into Company (strSymbol, ExchangeID, datLastFY, strName) "
+      "select 'A', 1, '6/30/' || '2025', 'O' || char(255) || 'Hara'",
+      "insert into Company (strSymbol, ExchangeID, datLastFY) select 'B', 1, '1/31/' || '2024'",
+      "insert into Options (CompanyID, blnTaxRate, blnBookVal) select 1, -1, 0",
       "insert into Yearly (YearlyID, CompanyID, Year) select 1, 1, 2020",
       "insert into Yearly (YearlyID, CompanyID, Year) select 2, 2, 2020",
       "insert into Yearly (YearlyID, CompanyID, Year) select 3, 1, 2019",
@@ -134,7 +138,12 @@ TEST_F(DatabaseTest, OpeningAnOldFileMovesEachStudysSeriesIntoItsBlock) {
   for (const std::string& sql : old_file) ASSERT_TRUE(Exec(sql)) << sql;
 
   ASSERT_TRUE(db_.blnOpenDatabase(path_)) << db_.LastErrorMessage();
-  EXPECT_EQ(Scalar("PRAGMA user_version").AsLong(), 2);
+  EXPECT_EQ(Scalar("PRAGMA user_version").AsLong(), 3);
+  // Dates sort as dates, an apostrophe reads as one, True is 1.
+  EXPECT_EQ(Column("select strSymbol || ':' || datLastFY from Company order by datLastFY"),
+            "B:2024-01-31;A:2025-06-30;");
+  EXPECT_EQ(Column("select strName from Company where strSymbol = 'A'"), "O'Hara;");
+  EXPECT_EQ(Column("select blnTaxRate || ':' || blnBookVal from Options"), "1:0;");
   // The symbol index orders symbols as lookups compare them, without regard to case.
   EXPECT_NE(CStr(Scalar("select sql from sqlite_master where name = 'Company_strSymbol_ExchangeID'"))
                 .find("COLLATE NOCASE"),

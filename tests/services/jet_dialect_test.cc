@@ -27,14 +27,24 @@ TEST(JetDialect, TranslatesOutsideLiteralsOnly) {
       {"select 'Delete * From X'", "select 'Delete * From X'"},
       // True / False as whole words outside literals.
       {"Update Options set blnTaxRate=True, blnRevPlot=false where CompanyID = 1",
-       "Update Options set blnTaxRate=-1, blnRevPlot=0 where CompanyID = 1"},
-      {"select 'True', 'it''s False', TRUE", "select 'True', 'it''s False', -1"},
+       "Update Options set blnTaxRate=1, blnRevPlot=0 where CompanyID = 1"},
+      {"select 'True', 'it''s False', TRUE", "select 'True', 'it''s False', 1"},
       {"select TrueValue, IsTrue, T.True, [False] from T",
        "select TrueValue, IsTrue, T.True, [False] from T"},
-      {"-- True\nselect True /* False */", "-- True\nselect -1 /* False */"},
-      // Date literals become the stored M/d/yyyy text.
-      {"select #11/22/2026#", "select '11/22/2026'"},
-      {"where d = #2026-01-05#", "where d = '1/5/2026'"},
+      {"-- True\nselect True /* False */", "-- True\nselect 1 /* False */"},
+      // Dates take their stored ISO form: date literals, and texts that go to a date column or
+      // are compared with one (and only those); the statement's U+00FF is an apostrophe.
+      {"select #11/22/2026#", "select '2026-11-22'"},
+      {"where d = #2026-01-05#", "where d = '2026-01-05'"},
+      {"where datLastFY > '1/5/2026 3:04:05 PM'", "where datLastFY > '2026-01-05 15:04:05'"},
+      {"Update Comparison   set Name = '1/5/2026',       LastUpdate = '1/5/2026' where x = 1",
+       "Update Comparison   set Name = '1/5/2026' COLLATE NOCASE,       LastUpdate = "
+       "'2026-01-05' where x = 1"},
+      {"insert into Company (strName, datLastFY, strCode) select '1/5/2026','6/30/2025','O\xC3\xBFK'",
+       "insert into Company (strName, datLastFY, strCode) select '1/5/2026','2025-06-30','O''K'"},
+      {"insert into T (a, LastUpdate) values (f('1/2/2020', 3), '1/2/2020')",
+       "insert into T (a, LastUpdate) values (f('1/2/2020', 3), '2020-01-02')"},
+      {"insert into Company (datLastFY) select 'soon'", "insert into Company (datLastFY) select 'soon'"},
       {"select 'a#1/1/2020#b'", "select 'a#1/1/2020#b'"},
       {"select #1/1/2020", "select #1/1/2020"},
       // Double-quoted values become single-quoted ones, apostrophes doubled.
@@ -50,7 +60,7 @@ TEST(JetDialect, TranslatesOutsideLiteralsOnly) {
       {"insert into T (a) select 'x'", "insert into T (a) select 'x'"},
       // Unterminated text is copied and left for the engine to refuse.
       {"select 'open True", "select 'open True"},
-      {"select '\xC3\xBF', True", "select '\xC3\xBF', -1"},
+      {"select '\xC3\xBF', True", "select '''', 1"},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(TranslateJetSql(c.jet), c.expected) << "input: " << c.jet;
@@ -102,7 +112,7 @@ TEST(JetDialect, LiftsValuesButKeepsLiteralsThatShapeTheAnswer) {
   EXPECT_EQ(typed.values[1].real, 2.5);
   EXPECT_EQ(typed.values[2].text, "it's");
   EXPECT_EQ(typed.values[3].integer, 0);
-  EXPECT_EQ(typed.values[4].text, "1/5/2026");
+  EXPECT_EQ(typed.values[4].text, "2026-01-05");
   // A lifted decimal is the double nearest its text, by whichever way it is read.
   for (const char* text : {"0.1", "171.22", "5.", ".5", "123456789.012345", "0.30000000000000004",
                            "9007199254740993.5"}) {
