@@ -7,6 +7,8 @@ namespace kwx::bench {
 namespace {
 
 constexpr std::string_view kCompanyKey = "CompanyID";
+// Series rows are keyed in per-study blocks of this many keys.
+constexpr int64_t kKeyBlock = 65536;
 
 struct Finalizer {
   void operator()(sqlite3_stmt* s) const noexcept { sqlite3_finalize(s); }
@@ -28,6 +30,7 @@ struct RowWriter::Table {
   std::string name;
   std::vector<std::string> columns;  // keys the database assigns are not among them
   int company_column = -1;           // where the new company's ID goes
+  int key_column = -1;               // a series row's key, kept in its study's block
   int symbol_column = -1;            // Company's strSymbol
   bool upsert = false;               // the shared market-averages row: updated in place
   std::vector<std::vector<sqlite3_value*>> rows;
@@ -65,8 +68,9 @@ bool RowWriter::Capture(sqlite3* source, int64_t id) {
       const std::string column = reinterpret_cast<const char*>(sqlite3_column_text(info.get(), 1));
       const bool key = sqlite3_column_int(info.get(), 5) != 0;
       if (column == kCompanyKey) has_company = true;
-      if (key && column != kCompanyKey) continue;  // assigned by the database
+      // The company's key is the database's to assign; a series row's key follows from it.
       if (t->name == "Company" && column == kCompanyKey) continue;
+      if (key && column != kCompanyKey) t->key_column = static_cast<int>(t->columns.size());
       if (column == kCompanyKey) t->company_column = static_cast<int>(t->columns.size());
       if (column == "strSymbol") t->symbol_column = static_cast<int>(t->columns.size());
       select += (select.empty() ? "" : ", ") + Quoted(column);
@@ -141,6 +145,9 @@ int64_t RowWriter::Save(sqlite3* db, std::string_view symbol, bool own_transacti
         for (int c = 0; c < static_cast<int>(row.size()); ++c) {
           if (c == t->company_column) {
             sqlite3_bind_int64(stmt, c + 1, id);
+          } else if (c == t->key_column) {
+            // The same place in the new study's key block as in the captured one's.
+            sqlite3_bind_int64(stmt, c + 1, id * kKeyBlock + sqlite3_value_int64(row[c]) % kKeyBlock);
           } else if (c == t->symbol_column) {
             sqlite3_bind_text(stmt, c + 1, symbol.data(), static_cast<int>(symbol.size()),
                               SQLITE_STATIC);

@@ -81,8 +81,10 @@ std::string SeriesKeyTrigger(const TableDef& t) {
   const std::string last = base + " + " + std::to_string(kSeriesKeyBlock - 1);
   // The lowest key of the block no other row holds: the block's first key, or one past a key
   // held, whichever is smallest and free. The new row's own key does not count as held.
+  // A row the database object inserted took its key in the block already; only others (a
+  // host's own insert, a full block) are moved.
   return "CREATE TRIGGER " + Quoted(std::string(t.name) + "_key_block") + " AFTER INSERT ON " +
-         table + " BEGIN UPDATE " + table + " SET " + key + " = coalesce((SELECT min(free) FROM (" +
+         table + " WHEN NEW." + key + " NOT BETWEEN " + base + " AND " + last + " BEGIN UPDATE " + table + " SET " + key + " = coalesce((SELECT min(free) FROM (" +
          "SELECT " + base + " AS free UNION ALL SELECT " + key + " + 1 FROM " + table +
          " WHERE " + key + " >= " + base + " AND " + key + " < " + last + " AND " + key +
          " <> NEW." + key + ") WHERE NOT EXISTS (SELECT 1 FROM " + table + " AS held WHERE held." +

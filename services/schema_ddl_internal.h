@@ -17,14 +17,21 @@ namespace kwx {
 std::string_view DeclaredTypeName(ColumnType type) noexcept;
 
 // Series rows are keyed in per-study blocks: study C's rows of a series table hold the keys
-// C * kSeriesKeyBlock to C * kSeriesKeyBlock + kSeriesKeyBlock - 1, and an inserted row takes
-// the lowest free key of its study's block, whatever key the insert asked for. A save reaches
-// a study's rows as "the smallest key plus i" (i below 32768, the most elements a series
-// holds), so it can only ever reach rows of that study; another study's rows are out of reach.
+// C * kSeriesKeyBlock to C * kSeriesKeyBlock + kSeriesKeyBlock - 1. A save reaches a study's rows
+// as "the smallest key plus i" (i below 32768, the most elements a series holds), so it can only
+// ever reach rows of that study; another study's rows are out of reach.
+//
+// Which key an inserted row takes: the database object gives the loader's insert of a series
+// row the key after the highest of its study's block (the block's first key when it is empty),
+// or, right after an update of that series found no row at key K of the block, K itself, so a
+// save that fills a hole fills it where the hole is. Any other insert (a host's own, or one that
+// asked for a key outside the study's block) is moved by the trigger below to the lowest free
+// key of the block.
 inline constexpr int64_t kSeriesKeyBlock = 65536;
 
-// The trigger that gives each row inserted into the Series table `table` its key in its
-// study's block (see kSeriesKeyBlock). The insert fails when the block has no free key.
+// The trigger that moves a row inserted into the Series table `table` with a key outside its
+// study's block to the lowest free key of that block (see kSeriesKeyBlock). The insert fails
+// when the block has no free key.
 std::string SeriesKeyTrigger(const TableDef& table);
 
 // CREATE TABLE statements for `tables` in their order, then the CREATE INDEX statements, then

@@ -122,11 +122,25 @@ bool StoredForms(sqlite3* db) {
   return true;
 }
 
+// Version 4: the key triggers move only rows inserted with a key outside their study's block;
+// the database object gives the rows it inserts their key in the block itself.
+bool KeyTriggersForStrayRowsOnly(sqlite3* db) {
+  for (const TableDef& t : AllTables()) {
+    if (t.kind != TableKind::Series) continue;
+    if (!Run(db, "DROP TRIGGER IF EXISTS " + Quoted(std::string(t.name) + "_key_block")) ||
+        !Run(db, SeriesKeyTrigger(t))) {
+      return false;
+    }
+  }
+  return true;
+}
+
 // Later steps are appended here; a step's version is one more than the one before it.
-constexpr std::array<UpgradeStep, 3> kSteps = {{
+constexpr std::array<UpgradeStep, 4> kSteps = {{
     {1, "series keys in per-study blocks", &SeriesKeysInBlocks},
     {2, "indexes as declared", &IndexesAsDeclared},
     {3, "dates, apostrophes and Booleans in the forms other programs read", &StoredForms},
+    {4, "key triggers for stray series rows only", &KeyTriggersForStrayRowsOnly},
 }};
 
 int UserVersion(sqlite3* db) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
@@ -16,6 +17,8 @@
 #include "common/helpers.h"
 #include "services/jet_dialect.h"
 #include "services/schema_upgrade_internal.h"
+#include "services/schema_ddl_internal.h"
+#include "services/series_keys_internal.h"
 #include "services/sqlite_support_internal.h"
 
 namespace kwx {
@@ -190,8 +193,13 @@ void SqliteDatabase::Close() noexcept {
   // The statements go first: a connection with live statements would linger unclosed.
   statements_->Clear();
   // Closing rolls back whatever transaction is still open.
+  for (sqlite3_stmt*& query : highest_key_) {
+    sqlite3_finalize(query);
+    query = nullptr;
+  }
   db_.reset();
   depth_ = 0;
+  free_series_key_.reset();
 }
 
 bool SqliteDatabase::RunInternal(const char* sql) noexcept {
@@ -271,25 +279,32 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
   if (sql.find(kUnwritableValueMark) != std::string::npos) {
     return Refuse("the statement holds a NUL byte (a value that cannot be written as a literal)");
   }
+  // A key an update of a series row just found free, for the insert that may follow it.
+  const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
   ParameterizedSql lifted = ParameterizeJetSql(sql);
   if (lifted.lifted) {
     StatementCache::Entry* entry = statements_->Find(lifted.shape);
     if (entry == nullptr) {
+      SeriesShape series = ClassifySeriesShape(lifted.shape, lifted.values.size());
+      const std::string& compiled =
+          series.role == SeriesShape::Role::kInsert ? series.compiled : lifted.shape;
+      const size_t parameters =
+          lifted.values.size() + (series.role == SeriesShape::Role::kInsert ? 1 : 0);
       sqlite3_stmt* raw = nullptr;
       const char* tail = nullptr;
-      const int rc = sqlite3_prepare_v3(db_.get(), lifted.shape.data(),
-                                        static_cast<int>(lifted.shape.size()),
+      const int rc = sqlite3_prepare_v3(db_.get(), compiled.data(),
+                                        static_cast<int>(compiled.size()),
                                         SQLITE_PREPARE_PERSISTENT, &raw, &tail);
       StatementPtr stmt(raw);
       if (rc == SQLITE_OK && stmt) {
         // A second statement is refused before anything runs; the plain text holds it too.
-        const char* end = lifted.shape.data() + lifted.shape.size();
+        const char* end = compiled.data() + compiled.size();
         if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
           return Refuse(kSecondStatement);
         }
-        if (sqlite3_bind_parameter_count(stmt.get()) ==
-            static_cast<int>(lifted.values.size())) {
+        if (sqlite3_bind_parameter_count(stmt.get()) == static_cast<int>(parameters)) {
           entry = statements_->Insert(lifted.shape, stmt.release());
+          entry->series = std::move(series);
         }
       }
       // Otherwise a literal stood where SQLite takes no value (a quoted name, too many
@@ -297,8 +312,20 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
     }
     if (entry != nullptr) {
       Bind(entry->stmt, lifted.values);
+      const SeriesShape::Role role = entry->series.role;
+      if (role == SeriesShape::Role::kInsert) {
+        // A key the insert takes; without one (a block that is full, a study ID out of range)
+        // the key is left to the database and the key trigger.
+        const std::optional<int64_t> key =
+            NewSeriesKey(entry->series.table, lifted.values.front(), free_key);
+        if (key) sqlite3_bind_int64(entry->stmt, static_cast<int>(lifted.values.size()) + 1, *key);
+      }
       const bool ok = Run(db_.get(), entry->stmt, entry, row_count_, fields, data);
       if (!ok) last_error_ = sqlite3_errmsg(db_.get());
+      if (ok && role == SeriesShape::Role::kKeyedUpdate && row_count_ == 0 &&
+          lifted.values.back().kind == SqlParameter::Kind::Integer) {
+        free_series_key_ = FreeSeriesKey{entry->series.table, lifted.values.back().integer};
+      }
       sqlite3_reset(entry->stmt);
       sqlite3_clear_bindings(entry->stmt);
       return ok;
@@ -322,6 +349,29 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
   const bool ok = Run(db_.get(), stmt.get(), nullptr, row_count_, fields, data);
   if (!ok) last_error_ = sqlite3_errmsg(db_.get());
   return ok;
+}
+
+std::optional<int64_t> SqliteDatabase::NewSeriesKey(int table, const SqlParameter& company,
+                                                     const std::optional<FreeSeriesKey>& free) {
+  if (company.kind != SqlParameter::Kind::Integer) return std::nullopt;
+  const int64_t id = company.integer;
+  if (free && free->table == table && InStudyBlock(free->key, id)) return free->key;
+  if (static_cast<size_t>(table) >= highest_key_.size()) highest_key_.resize(table + 1);
+  sqlite3_stmt*& query = highest_key_[table];
+  if (query == nullptr &&
+      sqlite3_prepare_v3(db_.get(), HighestKeySql(table).c_str(), -1, SQLITE_PREPARE_PERSISTENT,
+                         &query, nullptr) != SQLITE_OK) {
+    return std::nullopt;
+  }
+  sqlite3_bind_int64(query, 1, id);
+  std::optional<int64_t> key;
+  if (sqlite3_step(query) == SQLITE_ROW) {
+    key = sqlite3_column_type(query, 0) == SQLITE_NULL ? id * kSeriesKeyBlock
+                                                       : sqlite3_column_int64(query, 0) + 1;
+  }
+  sqlite3_reset(query);
+  if (key && !InStudyBlock(*key, id)) key.reset();
+  return key;
 }
 
 bool SqliteDatabase::Refuse(std::string message) {

@@ -7,15 +7,19 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "automation/services.h"
 #include "automation/variant.h"
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace kwx {
+struct SqlParameter;
 namespace sqlite_support {
 class StatementCache;
 }  // namespace sqlite_support
@@ -120,6 +124,18 @@ class SqliteDatabase final : public IDatabase {
   int32_t row_count_ = 0;
   int depth_ = 0;
   bool upgrade_allowed_ = true;
+  // Set by an update of a series row by its key that found no row, for the very next
+  // statement only: an insert into that series then takes that key (series_keys_internal.h).
+  struct FreeSeriesKey {
+    int table;
+    int64_t key;
+  };
+  std::optional<FreeSeriesKey> free_series_key_;
+  // Per series table, the compiled query of the highest key of a study's block.
+  std::vector<sqlite3_stmt*> highest_key_;
+  // The key the loader's insert of a row of series `table` for the study `company` takes.
+  std::optional<int64_t> NewSeriesKey(int table, const SqlParameter& company,
+                                      const std::optional<FreeSeriesKey>& free);
   std::string last_error_;
   std::ofstream trace_file_;
   TraceCallback trace_callback_;

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "automation/variant.h"
+#include "services/series_keys_internal.h"
 
 namespace kwx {
 namespace sqlite_support {
@@ -60,6 +61,8 @@ class StatementCache {
     // Values the last run answered: the next run of the same shape usually answers as many,
     // so its buffer is sized once instead of growing (and moving every value) as rows come.
     size_t last_values = 0;
+    // What the shape does to a series table's rows (series_keys_internal.h).
+    SeriesShape series;
   };
 
   // REQUIRES: capacity >= 1.

@@ -89,9 +89,10 @@ TEST_F(DatabaseTest, CompanyRowsGoWithTheirCompany) {
   }
 }
 
-// Series rows take the lowest free key of their study's block, whatever key the insert asked
-// for, so "the smallest key plus i" of one study never names another study's row.
-TEST_F(DatabaseTest, SeriesRowsTakeTheLowestFreeKeyOfTheirStudysBlock) {
+// Series rows take their keys in their study's block, so "the smallest key plus i" of one study
+// never names another study's row: the next key after the block's highest, the key an update
+// just found free, or (for a row inserted with a key outside the block) the lowest free one.
+TEST_F(DatabaseTest, SeriesRowsTakeTheirKeysInTheirStudysBlock) {
   const std::string setup[] = {
       "insert into Company (strSymbol, ExchangeID) select 'A', 1",
       "insert into Company (strSymbol, ExchangeID) select 'B', 1",
@@ -101,12 +102,14 @@ TEST_F(DatabaseTest, SeriesRowsTakeTheLowestFreeKeyOfTheirStudysBlock) {
       "insert into JudgmentPERT (JudgmentPERTID, CompanyID, GraphType) select 5, 2, 2",
       "insert into JudgmentPERT (CompanyID, GraphType) select 1, 3",
       "delete * from JudgmentPERT where JudgmentPERTID = 65537",
-      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 4",  // fills the gap
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 4",  // after the highest
+      "Update JudgmentPERT set GraphType = 5 where JudgmentPERTID = 65537",
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 6",  // fills the hole
   };
   for (const std::string& sql : setup) ASSERT_TRUE(Exec(sql)) << sql;
   EXPECT_EQ(Column("select JudgmentPERTID || ':' || CompanyID || ':' || GraphType "
                    "from JudgmentPERT order by JudgmentPERTID"),
-            "65536:1:1;65537:1:4;65538:1:3;131072:2:1;131073:2:2;");
+            "65536:1:1;65537:1:6;65538:1:3;65539:1:4;131072:2:1;131073:2:2;");
 }
 
 // A file written before series keys were kept in blocks is renumbered when it is opened, each
@@ -138,7 +141,7 @@ TEST_F(DatabaseTest, OpeningAnOldFileMovesEachStudysSeriesIntoItsBlock) {
   for (const std::string& sql : old_file) ASSERT_TRUE(Exec(sql)) << sql;
 
   ASSERT_TRUE(db_.blnOpenDatabase(path_)) << db_.LastErrorMessage();
-  EXPECT_EQ(Scalar("PRAGMA user_version").AsLong(), 3);
+  EXPECT_EQ(Scalar("PRAGMA user_version").AsLong(), 4);
   // Dates sort as dates, an apostrophe reads as one, True is 1.
   EXPECT_EQ(Column("select strSymbol || ':' || datLastFY from Company order by datLastFY"),
             "B:2024-01-31;A:2025-06-30;");

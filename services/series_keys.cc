@@ -1,0 +1,119 @@
+#include "services/series_keys_internal.h"
+
+#include <span>
+
+#include "automation/text.h"
+#include "model/schema.h"
+#include "services/schema_ddl_internal.h"
+
+namespace kwx {
+namespace {
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+// Consumes `word` (without regard to case) and the blanks after it from the front of `s`.
+bool Take(std::string_view& s, std::string_view word) {
+  if (s.size() < word.size() || !EqualsNoCase(s.substr(0, word.size()), word)) return false;
+  s.remove_prefix(word.size());
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  return true;
+}
+
+std::string_view Trimmed(std::string_view s) {
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
+  if (s.size() >= 2 && s.front() == '"' && s.back() == '"') s = s.substr(1, s.size() - 2);
+  return s;
+}
+
+// The series table named at the front of `s` (taken off it), or -1.
+int TakeSeriesTable(std::string_view& s) {
+  size_t end = 0;
+  while (end < s.size() && !IsBlank(s[end]) && s[end] != '(') ++end;
+  const std::string_view name = Trimmed(s.substr(0, end));
+  const std::span<const TableDef> tables = AllTables();
+  for (size_t t = 0; t < tables.size(); ++t) {
+    if (tables[t].kind == TableKind::Series && EqualsNoCase(tables[t].name, name)) {
+      s.remove_prefix(end);
+      while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+      return static_cast<int>(t);
+    }
+  }
+  return -1;
+}
+
+std::string Quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
+
+}  // namespace
+
+bool InStudyBlock(int64_t key, int64_t company_id) {
+  return key >= company_id * kSeriesKeyBlock && key < (company_id + 1) * kSeriesKeyBlock;
+}
+
+std::string HighestKeySql(int table) {
+  const TableDef& t = AllTables()[table];
+  return "SELECT max(" + Quoted(t.key) + ") FROM " + Quoted(t.name) + " WHERE " + Quoted(t.key) +
+         " BETWEEN ?1 * " + std::to_string(kSeriesKeyBlock) + " AND ?1 * " +
+         std::to_string(kSeriesKeyBlock) + " + " + std::to_string(kSeriesKeyBlock - 1);
+}
+
+SeriesShape ClassifySeriesShape(std::string_view shape, size_t value_count) {
+  SeriesShape result;
+  std::string_view s = shape;
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  if (Take(s, "insert") && Take(s, "into")) {
+    const int table = TakeSeriesTable(s);
+    if (table < 0 || s.empty() || s.front() != '(') return result;
+    const size_t close = s.find(')');
+    if (close == std::string_view::npos) return result;
+    const std::string_view columns = s.substr(1, close - 1);
+    const std::string_view company = GetTable(TableId::Company).key;
+    if (!EqualsNoCase(Trimmed(columns.substr(0, columns.find(','))), company)) return result;
+    std::string_view values = s.substr(close + 1);
+    while (!values.empty() && IsBlank(values.front())) values.remove_prefix(1);
+    if (!Take(values, "select")) return result;
+    // Every value lifted, the company's first: then the row's key can follow as one more.
+    size_t marks = 0;
+    for (char c : values) {
+      if (c == '?') {
+        ++marks;
+      } else if (c != ',' && c != '-' && c != '+' && !IsBlank(c)) {
+        return result;
+      }
+    }
+    if (marks != value_count || values.empty() || values.front() != '?') return result;
+    // Compiled as a row of values: SQLite writes the rows of an insert's select into a
+    // temporary table first when the table has a row trigger, as series tables do.
+    result.role = SeriesShape::Role::kInsert;
+    result.table = table;
+    result.compiled = std::string(shape.substr(0, shape.size() - s.size() + close)) + "," +
+                      Quoted(AllTables()[table].key) + ") values (" + std::string(values) + ",?)";
+    return result;
+  }
+  s = shape;
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  if (Take(s, "update")) {
+    const int table = TakeSeriesTable(s);
+    if (table < 0 || !Take(s, "set")) return result;
+    // "... where KEY = ?" at the end, the key the last value.
+    const size_t where = FindNoCase(s, " where ");
+    if (where == std::string_view::npos || value_count == 0) return result;
+    size_t last = where;
+    for (size_t next = FindNoCase(s, " where ", last + 1); next != std::string_view::npos;
+         next = FindNoCase(s, " where ", next + 1)) {
+      last = next;
+    }
+    std::string_view condition = s.substr(last + 7);
+    const size_t equals = condition.find('=');
+    if (equals == std::string_view::npos ||
+        !EqualsNoCase(Trimmed(condition.substr(0, equals)), AllTables()[table].key) ||
+        Trimmed(condition.substr(equals + 1)) != "?") {
+      return result;
+    }
+    result.role = SeriesShape::Role::kKeyedUpdate;
+    result.table = table;
+  }
+  return result;
+}
+
+}  // namespace kwx
