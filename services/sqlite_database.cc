@@ -200,6 +200,7 @@ void SqliteDatabase::Close() noexcept {
   db_.reset();
   depth_ = 0;
   free_series_key_.reset();
+  last_series_key_.reset();
 }
 
 bool SqliteDatabase::RunInternal(const char* sql) noexcept {
@@ -279,8 +280,10 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
   if (sql.find(kUnwritableValueMark) != std::string::npos) {
     return Refuse("the statement holds a NUL byte (a value that cannot be written as a literal)");
   }
-  // A key an update of a series row just found free, for the insert that may follow it.
+  // A key an update of a series row just found free, for the insert that may follow it, and
+  // the key the statement before this one inserted: both hold for the next statement only.
   const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
+  const std::optional<FreeSeriesKey> last_key = std::exchange(last_series_key_, std::nullopt);
   ParameterizedSql lifted = ParameterizeJetSql(sql);
   if (lifted.lifted) {
     StatementCache::Entry* entry = statements_->Find(lifted.shape);
@@ -313,15 +316,22 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
     if (entry != nullptr) {
       Bind(entry->stmt, lifted.values);
       const SeriesShape::Role role = entry->series.role;
+      std::optional<int64_t> key;
       if (role == SeriesShape::Role::kInsert) {
         // A key the insert takes; without one (a block that is full, a study ID out of range)
         // the key is left to the database and the key trigger.
-        const std::optional<int64_t> key =
-            NewSeriesKey(entry->series.table, lifted.values.front(), free_key);
+        last_series_key_ = last_key;
+        key = NewSeriesKey(entry->series.table, lifted.values.front(), free_key);
+        last_series_key_.reset();
         if (key) sqlite3_bind_int64(entry->stmt, static_cast<int>(lifted.values.size()) + 1, *key);
       }
       const bool ok = Run(db_.get(), entry->stmt, entry, row_count_, fields, data);
       if (!ok) last_error_ = sqlite3_errmsg(db_.get());
+      // Only a key after the block's highest is known to have none after it; a hole filled
+      // may have a row right after it.
+      if (ok && key && !(free_key && *key == free_key->key)) {
+        last_series_key_ = FreeSeriesKey{entry->series.table, *key};
+      }
       if (ok && role == SeriesShape::Role::kKeyedUpdate && row_count_ == 0 &&
           lifted.values.back().kind == SqlParameter::Kind::Integer) {
         free_series_key_ = FreeSeriesKey{entry->series.table, lifted.values.back().integer};
@@ -356,6 +366,12 @@ std::optional<int64_t> SqliteDatabase::NewSeriesKey(int table, const SqlParamete
   if (company.kind != SqlParameter::Kind::Integer) return std::nullopt;
   const int64_t id = company.integer;
   if (free && free->table == table && InStudyBlock(free->key, id)) return free->key;
+  // A save inserts a series' rows one after another: the row after the last one inserted
+  // takes the next key without asking the table again (nothing else ran in between).
+  if (last_series_key_ && last_series_key_->table == table &&
+      InStudyBlock(last_series_key_->key, id) && InStudyBlock(last_series_key_->key + 1, id)) {
+    return last_series_key_->key + 1;
+  }
   if (static_cast<size_t>(table) >= highest_key_.size()) highest_key_.resize(table + 1);
   sqlite3_stmt*& query = highest_key_[table];
   if (query == nullptr &&
@@ -382,6 +398,9 @@ bool SqliteDatabase::Refuse(std::string message) {
 int32_t SqliteDatabase::lngRowCount() { return row_count_; }
 
 void SqliteDatabase::BeginTrans() {
+  // Another program may write between transactions, and an undone level may hold the row.
+  last_series_key_.reset();
+  free_series_key_.reset();
   if (!db_) return;
   if (depth_ > 0 && sqlite3_get_autocommit(db_.get())) depth_ = 0;  // ended by a statement
   if (!RunInternal(depth_ == 0 ? kBegin : kSavepoint)) {
@@ -392,6 +411,9 @@ void SqliteDatabase::BeginTrans() {
 }
 
 void SqliteDatabase::CommitTrans() {
+  // Another program may write between transactions, and an undone level may hold the row.
+  last_series_key_.reset();
+  free_series_key_.reset();
   if (!db_ || depth_ == 0) return;
   if (sqlite3_get_autocommit(db_.get())) {
     depth_ = 0;
@@ -412,6 +434,9 @@ void SqliteDatabase::CommitTrans() {
 }
 
 void SqliteDatabase::RollbackTrans() {
+  // Another program may write between transactions, and an undone level may hold the row.
+  last_series_key_.reset();
+  free_series_key_.reset();
   if (!db_ || depth_ == 0) return;
   if (sqlite3_get_autocommit(db_.get())) {
     depth_ = 0;

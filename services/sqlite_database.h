@@ -131,6 +131,8 @@ class SqliteDatabase final : public IDatabase {
     int64_t key;
   };
   std::optional<FreeSeriesKey> free_series_key_;
+  // The key the last statement, an insert of a series row, gave its row (for the next one).
+  std::optional<FreeSeriesKey> last_series_key_;
   // Per series table, the compiled query of the highest key of a study's block.
   std::vector<sqlite3_stmt*> highest_key_;
   // The key the loader's insert of a row of series `table` for the study `company` takes.

@@ -105,11 +105,13 @@ TEST_F(DatabaseTest, SeriesRowsTakeTheirKeysInTheirStudysBlock) {
       "insert into JudgmentPERT (CompanyID, GraphType) select 1, 4",  // after the highest
       "Update JudgmentPERT set GraphType = 5 where JudgmentPERTID = 65537",
       "insert into JudgmentPERT (CompanyID, GraphType) select 1, 6",  // fills the hole
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 7",  // not the row after it
+      "insert into JudgmentPERT (CompanyID, GraphType) select 1, 8",  // the next after that
   };
   for (const std::string& sql : setup) ASSERT_TRUE(Exec(sql)) << sql;
   EXPECT_EQ(Column("select JudgmentPERTID || ':' || CompanyID || ':' || GraphType "
                    "from JudgmentPERT order by JudgmentPERTID"),
-            "65536:1:1;65537:1:6;65538:1:3;65539:1:4;131072:2:1;131073:2:2;");
+            "65536:1:1;65537:1:6;65538:1:3;65539:1:4;65540:1:7;65541:1:8;131072:2:1;131073:2:2;");
 }
 
 // A file written before series keys were kept in blocks is renumbered when it is opened, each
