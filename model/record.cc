@@ -50,6 +50,16 @@ Variant FlagsFrom(const Variant& value) {
   }
 }
 
+uint64_t FieldNameHash(std::string_view name) noexcept {
+  // FNV-1a over the names folded as SameFieldName folds them (ASCII letters).
+  uint64_t hash = 0xcbf29ce484222325ull;
+  for (char c : name) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3ull;
+  }
+  return hash ^ (hash >> 29);
+}
+
 bool SameFieldName(std::string_view column, std::string_view name) noexcept {
   // Column names are ASCII, so a byte-wise ASCII fold is exact and cannot throw.
   if (column.size() != name.size()) return false;

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <type_traits>
 #include <variant>
+#include <vector>
 
 #include "automation/errors.h"
 #include "automation/object.h"
@@ -133,11 +134,56 @@ std::span<const FieldBinding<Rec>> UnstoredBindings() noexcept {
   }
 }
 
+// A hash of a property name that names equal under SameFieldName share.
+uint64_t FieldNameHash(std::string_view name) noexcept;
+
+// The bindings of `Rec` (its columns, then its unstored properties) by name, for lookups by
+// name that run by the thousand (an import sets every property by name).
+template <class Rec>
+class PropertyIndex {
+ public:
+  PropertyIndex() {
+    for (std::span<const FieldBinding<Rec>> list : {Rec::Bindings(), UnstoredBindings<Rec>()}) {
+      for (const auto& b : list) {
+        // The first of two bindings of one name wins, as a walk over the lists finds it.
+        if (Find(b.column.name) == nullptr) Put(&b);
+      }
+    }
+  }
+  const FieldBinding<Rec>* Find(std::string_view name) const noexcept {
+    if (slots_.empty()) return nullptr;
+    for (size_t i = FieldNameHash(name) & (slots_.size() - 1);; i = (i + 1) & (slots_.size() - 1)) {
+      const FieldBinding<Rec>* b = slots_[i];
+      if (b == nullptr) return nullptr;
+      if (SameFieldName(b->column.name, name)) return b;
+    }
+  }
+
+ private:
+  void Put(const FieldBinding<Rec>* b) {
+    if ((count_ + 1) * 2 > slots_.size()) {
+      std::vector<const FieldBinding<Rec>*> old(slots_.empty() ? 64 : slots_.size() * 2, nullptr);
+      old.swap(slots_);
+      count_ = 0;
+      for (const FieldBinding<Rec>* kept : old) {
+        if (kept != nullptr) Put(kept);
+      }
+    }
+    size_t i = FieldNameHash(b->column.name) & (slots_.size() - 1);
+    while (slots_[i] != nullptr) i = (i + 1) & (slots_.size() - 1);
+    slots_[i] = b;
+    ++count_;
+  }
+
+  std::vector<const FieldBinding<Rec>*> slots_;  // open addressing, a power of two
+  size_t count_ = 0;
+};
+
 // The binding of the column or unstored property `name` (case-insensitive), or nullptr.
 template <class Rec>
 const FieldBinding<Rec>* FindProperty(std::string_view name) noexcept {
-  const FieldBinding<Rec>* b = FindField<Rec>(Rec::Bindings(), name);
-  return b != nullptr ? b : FindField<Rec>(UnstoredBindings<Rec>(), name);
+  static const PropertyIndex<Rec> index;
+  return index.Find(name);
 }
 
 // Reads the field `name` of `rec` (a column or an unstored property); raises

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -159,6 +160,26 @@ TEST(Conversions, FloatingAndOtherConversions) {
   EXPECT_EQ(ConvertTo(Variant("7"), VarType::Integer).type(), VarType::Integer);
   EXPECT_EQ(ConvertTo(Variant(7), VarType::Byte).AsByte(), 7);
   EXPECT_TRUE(ConvertTo(Variant("x"), VarType::Empty).SameAs(Variant("x")));
+}
+
+// Decimal texts convert to exactly the value of their literal read at full precision, however
+// they are read; the cases around the 18-digit limit and the odd forms included.
+TEST(Conversions, DecimalTextsConvertToTheirLiteralsValue) {
+  std::vector<std::string> texts = {"0",     "-0",    " 12.5\t", "5.",   "+3",   ".25",
+                                    "007",   "-1.10", "123456789012345678", "1234567890123456789",
+                                    "0.1",   "9.999999999999999999", "1e3", "1234.5678"};
+  std::mt19937_64 rng(11);
+  for (int i = 0; i < 20000; ++i) {
+    std::string t = (rng() % 2 ? "-" : "") + std::to_string(rng() % 100000000000ull);
+    t.insert(t.size() - static_cast<size_t>(rng() % std::min<size_t>(t.size(), 12)), ".");
+    texts.push_back(t);
+  }
+  for (const std::string& t : texts) {
+    const long double literal = std::strtold(t.c_str(), nullptr);
+    EXPECT_EQ(CDbl(Variant(t)), static_cast<double>(literal)) << t;
+    EXPECT_EQ(CSng(Variant(t)), static_cast<float>(literal)) << t;
+    EXPECT_EQ(std::signbit(CDbl(Variant(t))), std::signbit(literal)) << t;
+  }
 }
 
 TEST(Conversions, CStrWritesEachTypeInItsStandardText) {
