@@ -25,6 +25,7 @@
 #include "services/jet_dialect.h"
 #include "services/sqlite_database.h"
 #include "services/sqlite_support_internal.h"
+#include "tests/fuzz/scratch_dir.h"
 
 namespace {
 
@@ -35,8 +36,8 @@ const char* const kSeed[] = {
     "insert into Sector(Sector) select 'Energy'",
     "insert into Sector(Sector) select 'O" "\xC3\xBF" "Neil'",
     "insert into Exchange(Exchange) select 'NYSE'",
-    "insert into Company (strSymbol, strName, ExchangeID, sngCurPrice, datLastFY) "
-    "select 'ABC', 'Abc', 1, 12.5, '6/30/2024'",
+    ("insert into Company (strSymbol, strName, ExchangeID, sngCurPrice, datLastFY) "
+     "select 'ABC', 'Abc', 1, 12.5, '6/30/2024'"),
     "insert into Yearly (CompanyID, Year, Sales) select 1, 2024, 100.25",
     "insert into Yearly (CompanyID, Year, Sales) select 1, 2023, 90",
 };
@@ -107,6 +108,8 @@ class Plain {
     return sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
   }
   int64_t Changes() const { return sqlite3_total_changes64(db_); }
+  // Rows the last action statement changed itself, not counting what its triggers changed.
+  int64_t OwnChanges() const { return sqlite3_changes64(db_); }
 
  private:
   sqlite3* db_;
@@ -120,17 +123,7 @@ struct Databases {
   Databases() {
     // Two files laid out by CreateDatabase, one per side; every input is rolled back, so
     // nothing of a run is ever committed to them.
-    const std::filesystem::path dir = std::filesystem::temp_directory_path() /
-                                      ("kwx_fuzz_statement_" + std::to_string(getpid()));
-    std::filesystem::remove_all(dir);
-    std::filesystem::create_directories(dir);
-    // The files go when the fuzzer ends its run.
-    static std::string made;
-    made = dir.string();
-    std::atexit([] {
-      std::error_code ec;
-      std::filesystem::remove_all(made, ec);
-    });
+    const std::filesystem::path dir = kwx::fuzz::ScratchDir("kwx_fuzz_statement");
     std::string object_path = (dir / "object.db").string();
     const std::string plain_path = (dir / "plain.db").string();
     if (!kwx::CreateDatabase(object_path).ok() || !kwx::CreateDatabase(plain_path).ok() ||
@@ -208,7 +201,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   dbs->plain->Exec("ROLLBACK");
 
   if (lifted.ok != plain.ok) Finding(lifted.ok ? "only the object ran it" : "only the plain ran it", sql);
-  if (object_changed != plain_changed) Finding("the two changed different rows", sql);
+  // Rows each statement changed itself. Counted without the key trigger's moves: the object
+  // gives the loader's series rows their keys in the insert itself, where the plain statement
+  // leaves the move to the trigger.
+  const int64_t object_own = object_changed > 0 ? lifted.rows : 0;
+  const int64_t plain_own = plain_changed > 0 ? dbs->plain->OwnChanges() : 0;
+  if (object_own != plain_own) Finding("the two changed different rows", sql);
   if (!lifted.ok) return 0;
   if (lifted.rows != plain.rows) Finding("different row counts", sql);
   if (!lifted.fields.SameAs(plain.fields)) Finding("different columns", sql);

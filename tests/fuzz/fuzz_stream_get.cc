@@ -13,21 +13,12 @@
 #include "loader/kwx_loader.h"
 #include "model/company.h"
 #include "services/create_database.h"
+#include "tests/fuzz/scratch_dir.h"
 
 namespace {
 
 std::string StudiesDatabase() {
-  const std::filesystem::path dir =
-      std::filesystem::temp_directory_path() / ("kwx_fuzz_stream_" + std::to_string(getpid()));
-  std::filesystem::remove_all(dir);
-  std::filesystem::create_directories(dir);
-  // The files go when the fuzzer ends its run.
-  static std::string made;
-  made = dir.string();
-  std::atexit([] {
-    std::error_code ec;
-    std::filesystem::remove_all(made, ec);
-  });
+  const std::filesystem::path dir = kwx::fuzz::ScratchDir("kwx_fuzz_stream");
   const std::string path = (dir / "studies.db").string();
   if (!kwx::CreateDatabase(path).ok()) std::abort();
   return path;
