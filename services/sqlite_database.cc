@@ -187,7 +187,9 @@ SqliteDatabase::SqliteDatabase()
   }
 }
 
-SqliteDatabase::~SqliteDatabase() = default;
+// Closing finalizes the compiled statements first; a connection closed with live statements
+// would linger, and all its memory with it.
+SqliteDatabase::~SqliteDatabase() { Close(); }
 
 void SqliteDatabase::Close() noexcept {
   // The statements go first: a connection with live statements would linger unclosed.
