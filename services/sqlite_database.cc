@@ -331,7 +331,8 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
       if (!ok) last_error_ = sqlite3_errmsg(db_.get());
       // Only a key after the block's highest is known to have none after it; a hole filled
       // may have a row right after it.
-      if (ok && key && !(free_key && *key == free_key->key)) {
+      // Outside a transaction another program may write between two statements.
+      if (ok && key && depth_ > 0 && !(free_key && *key == free_key->key)) {
         last_series_key_ = FreeSeriesKey{entry->series.table, *key};
       }
       if (ok && role == SeriesShape::Role::kKeyedUpdate && row_count_ == 0 &&
