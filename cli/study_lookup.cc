@@ -8,7 +8,6 @@
 #include "automation/safe_array.h"
 #include "automation/text.h"
 #include "cli/company_json.h"
-#include "common/helpers.h"
 
 namespace kwx::cli {
 namespace {

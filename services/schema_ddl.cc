@@ -7,14 +7,6 @@ namespace {
 
 constexpr std::string_view kCompanyKey = "CompanyID";
 
-std::string Quoted(std::string_view name) {
-  std::string out;
-  out.reserve(name.size() + 2);
-  out += '"';
-  out += name;
-  out += '"';
-  return out;
-}
 
 // The table whose rows a column named `column` of `owner` refers to, or nullptr.
 const TableDef* ReferredTable(const TableDef& owner, const ColumnDef& column,
@@ -52,6 +44,15 @@ std::string IndexStatement(std::string_view table, std::initializer_list<IndexCo
 }
 
 }  // namespace
+
+std::string Quoted(std::string_view name) {
+  std::string out;
+  out.reserve(name.size() + 2);
+  out += '"';
+  out += name;
+  out += '"';
+  return out;
+}
 
 std::string_view DeclaredTypeName(ColumnType type) noexcept {
   switch (type) {

@@ -12,6 +12,10 @@
 
 namespace kwx {
 
+// `name` (a table, column, index or trigger name) quoted as an identifier for the statements
+// that lay out and upgrade a database.
+std::string Quoted(std::string_view name);
+
 // The declared SQL type of a column of `type`. The database object reads values back typed
 // by these names (sqlite_support_internal.h), so the two must stay in step.
 std::string_view DeclaredTypeName(ColumnType type) noexcept;

@@ -17,8 +17,6 @@ bool Run(sqlite3* db, const std::string& sql) {
   return sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-std::string Quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
-
 // Version 1: series rows keyed in per-study blocks. Older files numbered series rows from one
 // counter shared by every study, so a study's rows sat wherever its saves happened to fall.
 // Each study's rows are renumbered into its block in their old order (the order a save and

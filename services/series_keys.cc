@@ -42,8 +42,6 @@ int TakeSeriesTable(std::string_view& s) {
   return -1;
 }
 
-std::string Quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
-
 }  // namespace
 
 bool InStudyBlock(int64_t key, int64_t company_id) {
