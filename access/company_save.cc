@@ -4,8 +4,11 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -102,40 +105,77 @@ std::string PlainValue(const Rec& rec, const FieldBinding<Rec>& binding) {
   return out;
 }
 
-template <class Rec>
-void AppendNames(std::string& out, const Columns<Rec>& columns, std::string_view separator) {
-  for (size_t i = 0; i < columns.size(); ++i) {
-    if (i > 0) out.append(separator);
-    out.append(columns[i]->column.name);
+// A statement template written piece by piece: text, then the place of a value, and so on.
+// Templates that spell the same text are one template, made once for the program's life, so
+// that a database binds each spelling's values to one compiled statement.
+class TemplateText {
+ public:
+  explicit TemplateText(std::string_view head) { made_.pieces.emplace_back(head); }
+  TemplateText& operator<<(std::string_view text) {
+    made_.pieces.back().append(text);
+    return *this;
   }
-}
+  // The place of a value written to `column`.
+  TemplateText& Value(std::string_view column) {
+    made_.columns.emplace_back(column);
+    made_.pieces.emplace_back();
+    return *this;
+  }
+  template <class Rec>
+  TemplateText& Names(const Columns<Rec>& columns, std::string_view separator) {
+    for (size_t i = 0; i < columns.size(); ++i) {
+      if (i > 0) *this << separator;
+      *this << columns[i]->column.name;
+    }
+    return *this;
+  }
+  // A value's place per column, separated by ",".
+  template <class Rec>
+  TemplateText& Values(const Columns<Rec>& columns) {
+    for (size_t i = 0; i < columns.size(); ++i) {
+      if (i > 0) *this << ",";
+      Value(columns[i]->column.name);
+    }
+    return *this;
+  }
+  // "COLUMN=VALUE" per column, separated by ",", with `equals` between name and value.
+  template <class Rec>
+  TemplateText& Assignments(const Columns<Rec>& columns, std::string_view equals) {
+    for (size_t i = 0; i < columns.size(); ++i) {
+      if (i > 0) *this << ",";
+      *this << columns[i]->column.name << equals;
+      Value(columns[i]->column.name);
+    }
+    return *this;
+  }
 
-// The values separated by ",", each appended by `value(out, rec, binding)`.
+  // The statement with its values still to write.
+  ComposedStatement Made() const {
+    static std::mutex lock;
+    static std::unordered_map<std::string, std::unique_ptr<const StatementTemplate>> made;
+    std::string key;
+    for (const std::string& piece : made_.pieces) key.append(piece).push_back('\0');
+    for (const std::string& column : made_.columns) key.append(column).push_back('\0');
+    const std::lock_guard<std::mutex> hold(lock);
+    auto& kept = made[key];
+    if (!kept) kept = std::make_unique<const StatementTemplate>(made_);
+    return ComposedStatement{kept.get(), std::vector<std::string>(made_.columns.size())};
+  }
+
+ private:
+  StatementTemplate made_;
+};
+
+// Writes the values of `rec`'s columns, each by `value(out, rec, binding)`, into the values of
+// `statement` from place `from` on.
 template <class Rec, class ValueFn>
-void AppendValues(std::string& out, const Rec& rec, const Columns<Rec>& columns, ValueFn value) {
+void WriteValues(ComposedStatement& statement, size_t from, const Rec& rec,
+                 const Columns<Rec>& columns, ValueFn value) {
   for (size_t i = 0; i < columns.size(); ++i) {
-    if (i > 0) out.push_back(',');
+    std::string& out = statement.literals[from + i];
+    out.clear();
     value(out, rec, *columns[i]);
   }
-}
-
-// "COLUMN=VALUE" pairs separated by ",", with `equals` between name and value.
-template <class Rec, class ValueFn>
-void AppendAssignments(std::string& out, const Rec& rec, const Columns<Rec>& columns,
-                       std::string_view equals, ValueFn value) {
-  for (size_t i = 0; i < columns.size(); ++i) {
-    if (i > 0) out.push_back(',');
-    out.append(columns[i]->column.name).append(equals);
-    value(out, rec, *columns[i]);
-  }
-}
-
-// A statement's text: the columns and values of the bigger tables make texts of a few
-// kilobytes, composed once into room reserved for them.
-std::string Statement(size_t columns) {
-  std::string sql;
-  sql.reserve(64 + 48 * columns);
-  return sql;
 }
 
 // Runs an action statement; true when it succeeded and changed at least one row.
@@ -143,10 +183,14 @@ bool Wrote(IDatabase& db, const std::string& sql) {
   Variant fields, data;
   return db.blnExecute(sql, fields, data) && db.lngRowCount() > 0;
 }
-
-bool Ran(IDatabase& db, const std::string& sql) {
+bool Wrote(IDatabase& db, const ComposedStatement& statement) {
   Variant fields, data;
-  return db.blnExecute(sql, fields, data);
+  return db.blnExecuteComposed(statement, fields, data) && db.lngRowCount() > 0;
+}
+
+bool Ran(IDatabase& db, const ComposedStatement& statement) {
+  Variant fields, data;
+  return db.blnExecuteComposed(statement, fields, data);
 }
 
 // The row IDs of the reference names the company holds.
@@ -201,22 +245,26 @@ bool SaveNotes(IDatabase& db, const Company& company) {
 }
 
 bool SaveOptions(const StoreContext& store, IDatabase& db, const Company& company) {
-  std::string update, insert;
+  ComposedStatement update, insert;
   try {
     const OptionsGroup& options = company.Options;
     const std::string_view table = OptionsGroup::Table().name;
     const std::string id = std::to_string(company.CompanyID);
     const Columns<OptionsGroup> columns = ColumnsOf<OptionsGroup>(store.sp());
-    update = Statement(columns.size());
-    update.append("Update ").append(table).append("   set ");
-    AppendAssignments(update, options, columns, "=", AppendPlainValue<OptionsGroup>);
-    update.append(" where ").append(CompanyKey()).append(" = ").append(id);
+    TemplateText update_text("Update ");
+    update_text << table << "   set ";
+    update_text.Assignments(columns, "=") << " where " << CompanyKey() << " = ";
+    update = update_text.Value(CompanyKey()).Made();
+    WriteValues(update, 0, options, columns, AppendPlainValue<OptionsGroup>);
+    update.literals.back() = id;
     const Columns<OptionsGroup> insert_columns = ColumnsOf<OptionsGroup>(store.sp(), true);
-    insert = Statement(columns.size());
-    insert.append("insert into ").append(table).append(" (").append(CompanyKey()).append(",");
-    AppendNames(insert, insert_columns, ",");
-    insert.append(") select ").append(id).append(",");
-    AppendValues(insert, options, insert_columns, AppendPlainValue<OptionsGroup>);
+    TemplateText insert_text("insert into ");
+    insert_text << table << " (" << CompanyKey() << ",";
+    insert_text.Names(insert_columns, ",") << ") select ";
+    insert_text.Value(CompanyKey()) << ",";
+    insert = insert_text.Values(insert_columns).Made();
+    insert.literals.front() = id;
+    WriteValues(insert, 1, options, insert_columns, AppendPlainValue<OptionsGroup>);
   } catch (...) {
     store.ReportCurrent("m_strOptionSQL", CompanyParameter(company.CompanyID));
     return false;
@@ -231,19 +279,21 @@ bool SaveRecord(const StoreContext& store, IDatabase& db, Company& company,
     const int32_t id = company.CompanyID;
     const std::string_view table = Company::Table().name;
     const Columns<Company> columns = ColumnsOf<Company>(store.sp(), /*insert_order=*/id < 1);
-    std::string sql = Statement(columns.size());
+    ComposedStatement record;
     if (id >= 1) {
-      sql.append("Update ").append(table).append(" set ");
-      AppendAssignments(sql, company, columns, "=", ids);
-      sql.append(" where ").append(CompanyKey()).append(" = ");
-      AppendSqlInteger(sql, id);
+      TemplateText text("Update ");
+      text << table << " set ";
+      text.Assignments(columns, "=") << " where " << CompanyKey() << " = ";
+      record = text.Value(CompanyKey()).Made();
+      record.literals.back() = std::to_string(id);
     } else {
-      sql.append("insert into ").append(table).append(" (");
-      AppendNames(sql, columns, ",");
-      sql.append(") select ");
-      AppendValues(sql, company, columns, ids);
+      TemplateText text("insert into ");
+      text << table << " (";
+      text.Names(columns, ",") << ") select ";
+      record = text.Values(columns).Made();
     }
-    if (!Ran(db, sql)) return false;
+    WriteValues(record, 0, company, columns, ids);
+    if (!Ran(db, record)) return false;
 
     if (id < 1) {
       // The database assigned the key; the study is found again by symbol and exchange.
@@ -298,33 +348,34 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
 
     const Columns<Row> columns = ColumnsOf<Row>(store.sp());
     // Every insert starts alike: the table, the column list and the company's ID.
-    std::string insert_head = "insert into ";
-    insert_head.append(table.name).append(" (").append(CompanyKey()).append(",");
-    AppendNames(insert_head, columns, ",");
-    insert_head.append(") select ").append(id).append(",");
-    sql = Statement(columns.size());
+    TemplateText insert_text("insert into ");
+    insert_text << table.name << " (" << CompanyKey() << ",";
+    insert_text.Names(columns, ",") << ") select ";
+    insert_text.Value(CompanyKey()) << ",";
+    ComposedStatement insert = insert_text.Values(columns).Made();
+    insert.literals.front() = id;
+    TemplateText update_text("Update ");
+    update_text << table.name << " set ";
+    update_text.Assignments(columns, equals) << " where " << table.key << " = ";
+    ComposedStatement update = update_text.Value(table.key).Made();
     Row row;
     for (size_t i = 0; i < count; ++i) {
       row = i < series.size() ? series[i] : Row{};
       derive(row, static_cast<int>(i));
-      sql.clear();
-      if (first_key < 1) {
-        sql.append(insert_head);
-        AppendValues(sql, row, columns, AppendPlainValue<Row>);
-      } else {
+      if (first_key >= 1) {
         // Keys are assumed consecutive from the smallest; a missing one is simply not written.
-        sql.append("Update ").append(table.name).append(" set ");
-        AppendAssignments(sql, row, columns, equals, AppendPlainValue<Row>);
-        sql.append(" where ").append(table.key).append(" = ");
-        AppendSqlInteger(sql, static_cast<int64_t>(first_key) + static_cast<int64_t>(i));
-        if (missing == MissingRow::kInsert) {
-          if (Wrote(db, sql)) continue;
-          sql.clear();
-          sql.append(insert_head);
-          AppendValues(sql, row, columns, AppendPlainValue<Row>);
+        WriteValues(update, 0, row, columns, AppendPlainValue<Row>);
+        std::string& key = update.literals.back();
+        key.clear();
+        AppendSqlInteger(key, static_cast<int64_t>(first_key) + static_cast<int64_t>(i));
+        if (missing == MissingRow::kSkip) {
+          if (!Ran(db, update)) return false;
+          continue;
         }
+        if (Wrote(db, update)) continue;
       }
-      if (!Ran(db, sql)) return false;
+      WriteValues(insert, 1, row, columns, AppendPlainValue<Row>);
+      if (!Ran(db, insert)) return false;
     }
     return true;
   } catch (...) {
@@ -337,16 +388,20 @@ template <class Group>
 bool SaveGroup(IDatabase& db, const Group& group, const std::string& id, bool sp) {
   const std::string_view table = Group::Table().name;
   const Columns<Group> columns = ColumnsOf<Group>(sp);
-  std::string update = Statement(columns.size());
-  update.append("Update ").append(table).append(" set ");
-  AppendAssignments(update, group, columns, "=", AppendPlainValue<Group>);
-  update.append(" Where ").append(CompanyKey()).append(" = ").append(id);
+  TemplateText update_text("Update ");
+  update_text << table << " set ";
+  update_text.Assignments(columns, "=") << " Where " << CompanyKey() << " = ";
+  ComposedStatement update = update_text.Value(CompanyKey()).Made();
+  WriteValues(update, 0, group, columns, AppendPlainValue<Group>);
+  update.literals.back() = id;
   if (Wrote(db, update)) return true;
-  std::string insert = Statement(columns.size());
-  insert.append("Insert into ").append(table).append(" (").append(CompanyKey()).append(",");
-  AppendNames(insert, columns, ",");
-  insert.append(") Select ").append(id).append(",");
-  AppendValues(insert, group, columns, AppendPlainValue<Group>);
+  TemplateText insert_text("Insert into ");
+  insert_text << table << " (" << CompanyKey() << ",";
+  insert_text.Names(columns, ",") << ") Select ";
+  insert_text.Value(CompanyKey()) << ",";
+  ComposedStatement insert = insert_text.Values(columns).Made();
+  insert.literals.front() = id;
+  WriteValues(insert, 1, group, columns, AppendPlainValue<Group>);
   return Wrote(db, insert);
 }
 
@@ -377,8 +432,8 @@ void SaveMarketAverages(const StoreContext& store, const Company& company) {
     // Column 0 is the day; the averages follow it.
     const FieldBinding<MarketAverages>& day = *columns.front();
     const std::string date = PlainValue(averages, day);
-    std::string update = Statement(columns.size());
-    update.append("Update ").append(table);
+    std::string update = "Update ";
+    update.append(table);
     for (size_t i = 1; i < columns.size(); ++i) {
       update.append(i == 1 ? "   set " : ",       ").append(columns[i]->column.name);
       update.append(" = ");
@@ -387,11 +442,11 @@ void SaveMarketAverages(const StoreContext& store, const Company& company) {
     update.append(" Where datediff(").append(SqlText(Variant("d"))).append(",");
     update.append(day.column.name).append(",").append(date).append(") = 0");
     if (Wrote(db, update)) return;
-    std::string insert = Statement(columns.size());
-    insert.append("insert into ").append(table).append(" (");
-    AppendNames(insert, columns, ", ");
-    insert.append(") select ");
-    AppendValues(insert, averages, columns, AppendPlainValue<MarketAverages>);
+    TemplateText insert_text("insert into ");
+    insert_text << table << " (";
+    insert_text.Names(columns, ", ") << ") select ";
+    ComposedStatement insert = insert_text.Values(columns).Made();
+    WriteValues(insert, 0, averages, columns, AppendPlainValue<MarketAverages>);
     Wrote(db, insert);
   } catch (...) {
     store.ReportCurrent("Access_Update", CompanyParameter(company.CompanyID));

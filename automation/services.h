@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "automation/object.h"
 #include "automation/variant.h"
@@ -26,6 +27,27 @@ inline constexpr const char* kValue = "iKWX_Values.KWXValue";
 inline constexpr const char* kValueSP = "iKWX_SP_Values.KWXValue";
 }  // namespace progid
 
+// The fixed text of a statement the loader composes again and again with other values: piece i
+// comes before value i and the last piece ends the statement. Templates are made once and live
+// as long as the program; each has an `id` of its own, which a database may remember it by.
+struct StatementTemplate {
+  uint64_t id = 0;
+  std::vector<std::string> pieces;   // one more than the values
+  std::vector<std::string> columns;  // the column each value is written to ("" for none)
+
+  // A template with a new id.
+  StatementTemplate();
+};
+
+// A statement as its template and the texts of its values, each written as the statement text
+// holds it (a number's text, a quoted text, True). Text() is exactly that statement text.
+struct ComposedStatement {
+  const StatementTemplate* shape = nullptr;
+  std::vector<std::string> literals;
+
+  std::string Text() const;
+};
+
 // Executes SQL text and hands query results back as arrays.
 class IDatabase : public Object {
  public:
@@ -39,6 +61,13 @@ class IDatabase : public Object {
   // leaves them not arrays (Empty). Answers true on success; false when the statement fails,
   // holds more than one statement or holds a NUL byte (nothing of it runs then).
   virtual bool blnExecute(const std::string& sql, Variant& fields, Variant& data) = 0;
+  // Executes the statement `statement.Text()` spells, with the answer blnExecute gives for that
+  // text; a database may bind the values to a statement it compiled once for the template
+  // instead of reading them back out of the text. This one runs the text.
+  virtual bool blnExecuteComposed(const ComposedStatement& statement, Variant& fields,
+                                  Variant& data) {
+    return blnExecute(statement.Text(), fields, data);
+  }
   // Rows of the last query, or rows changed by the last action statement.
   virtual int32_t lngRowCount() = 0;
   // Transactions nest: an inner Begin/Commit is a savepoint of the outer one, and an inner

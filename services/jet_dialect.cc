@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -604,6 +605,56 @@ std::string StoredDateText(Date d) {
     std::snprintf(text, sizeof text, "%04d-%02d-%02d", year, Month(d), Day(d));
   }
   return text;
+}
+
+bool LiteralParameter(std::string_view literal, std::string_view column, SqlParameter& value) {
+  if (literal.empty() || literal.find('\0') != std::string_view::npos) return false;
+  const char first = literal.front();
+  if ((first >= '0' && first <= '9') || first == '-') {
+    // A sign stays in the statement's shape and the number after it is lifted; the engine
+    // then negates what was bound, which gives the signed number exactly.
+    const bool negative = first == '-';
+    std::optional<SqlParameter> number = NumberValue(literal.substr(negative ? 1 : 0));
+    if (!number) return false;
+    value = std::move(*number);
+    if (negative) {
+      if (value.kind == SqlParameter::Kind::Integer) {
+        if (value.integer == std::numeric_limits<int64_t>::min()) return false;
+        value.integer = -value.integer;
+      } else {
+        value.real = -value.real;
+      }
+    }
+    return true;
+  }
+  if (EqualsLower(literal, "true") || EqualsLower(literal, "false")) {
+    value.kind = SqlParameter::Kind::Integer;
+    value.integer = EqualsLower(literal, "true") ? 1 : 0;
+    return true;
+  }
+  if (literal.size() < 2 || first != '\'' || literal.back() != '\'') return false;
+  const std::string_view body = literal.substr(1, literal.size() - 2);
+  if (body.find('\'') != std::string_view::npos) return false;
+  value.kind = SqlParameter::Kind::Text;
+  if (IsDateColumn(column)) {
+    if (std::optional<Date> d = ParseDate(body)) {
+      try {
+        value.text = StoredDateText(*d);
+        return true;
+      } catch (...) {
+        return false;
+      }
+    }
+  }
+  value.text.clear();
+  size_t from = 0;
+  for (size_t at = body.find(kStatementApostrophe); at != std::string_view::npos;
+       at = body.find(kStatementApostrophe, from)) {
+    value.text.append(body.substr(from, at - from)).push_back('\'');
+    from = at + kStatementApostrophe.size();
+  }
+  value.text.append(body.substr(from));
+  return true;
 }
 
 std::string TranslateJetSql(std::string_view s) {

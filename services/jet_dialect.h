@@ -78,6 +78,13 @@ struct ParameterizedSql {
   bool lifted = false;
 };
 
+// The parameter a value written into a statement as `literal` (a number's text, a '...' text,
+// True or False) is lifted into when it goes to `column`: the very value ParameterizeJetSql
+// takes out of a statement holding it there (a text going to a date column as its stored date
+// text, the apostrophe U+00FF stands for put back). False, with `value` unspecified, for any
+// other literal, or one holding a NUL byte: such a value is left to the statement's text.
+bool LiteralParameter(std::string_view literal, std::string_view column, SqlParameter& value);
+
 // Translates `jet_sql` exactly as TranslateJetSql does and, in the same pass, lifts out the
 // literals whose place a bound value can take without changing what the statement does or
 // answers. Kept as written: the literals of a query's result columns (they name the columns

@@ -248,14 +248,15 @@ bool SqliteDatabase::CloseNCompact(std::string& path) {
   return true;
 }
 
-bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
+bool SqliteDatabase::Guarded(Variant& fields, Variant& data,
+                             const std::function<bool()>& execute) {
   fields = Variant();
   data = Variant();
   row_count_ = 0;
   last_error_.clear();
   bool ok = false;
   try {
-    ok = ExecuteOne(sql, fields, data);
+    ok = execute();
   } catch (const std::exception& e) {
     last_error_ = e.what();
   } catch (...) {
@@ -267,8 +268,63 @@ bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant
     data = Variant();
     row_count_ = 0;
   }
+  return ok;
+}
+
+bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
+  const bool ok = Guarded(fields, data, [&] { return ExecuteOne(sql, fields, data); });
   // A failing trace sink must not change the statement's answer.
   ResumeNext([&] { Trace(sql, ok); });
+  return ok;
+}
+
+const std::string* SqliteDatabase::TemplateShape(const StatementTemplate& shape) {
+  auto found = template_shapes_.find(shape.id);
+  if (found == template_shapes_.end()) {
+    // The template written with 0 for every value: each must come out as one lifted 0, in
+    // order, and nothing else be lifted (a literal of the template's own would be).
+    std::string text;
+    for (size_t i = 0; i < shape.pieces.size(); ++i) {
+      text += shape.pieces[i];
+      if (i + 1 < shape.pieces.size()) text += '0';
+    }
+    ParameterizedSql lifted = ParameterizeJetSql(text);
+    const bool usable =
+        lifted.lifted && shape.columns.size() + 1 == shape.pieces.size() &&
+        lifted.values.size() == shape.columns.size() &&
+        std::all_of(lifted.values.begin(), lifted.values.end(), [](const SqlParameter& p) {
+          return p.kind == SqlParameter::Kind::Integer && p.integer == 0;
+        });
+    found = template_shapes_.emplace(shape.id, usable ? std::move(lifted.shape) : "").first;
+  }
+  return found->second.empty() ? nullptr : &found->second;
+}
+
+bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Variant& fields,
+                                        Variant& data) {
+  const std::string* shape =
+      db_ && statement.shape != nullptr ? TemplateShape(*statement.shape) : nullptr;
+  if (shape == nullptr || statement.literals.size() != statement.shape->columns.size()) {
+    return IDatabase::blnExecuteComposed(statement, fields, data);
+  }
+  composed_values_.resize(statement.literals.size());
+  for (size_t i = 0; i < statement.literals.size(); ++i) {
+    if (!LiteralParameter(statement.literals[i], statement.shape->columns[i],
+                          composed_values_[i])) {
+      return IDatabase::blnExecuteComposed(statement, fields, data);
+    }
+  }
+  bool compiled = true;
+  const bool ok = Guarded(fields, data, [&] {
+    const std::optional<bool> ran = RunShape(*shape, composed_values_, fields, data);
+    compiled = ran.has_value();
+    return ran.value_or(false);
+  });
+  if (!compiled) return IDatabase::blnExecuteComposed(statement, fields, data);
+  // The text is composed only for a trace that asks for it.
+  if (trace_file_.is_open() || trace_callback_) {
+    ResumeNext([&] { Trace(statement.Text(), ok); });
+  }
   return ok;
 }
 
@@ -282,67 +338,13 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
   if (sql.find(kUnwritableValueMark) != std::string::npos) {
     return Refuse("the statement holds a NUL byte (a value that cannot be written as a literal)");
   }
-  // A key an update of a series row just found free, for the insert that may follow it, and
-  // the key the statement before this one inserted: both hold for the next statement only.
-  const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
-  const std::optional<FreeSeriesKey> last_key = std::exchange(last_series_key_, std::nullopt);
   ParameterizedSql lifted = ParameterizeJetSql(sql);
   if (lifted.lifted) {
-    StatementCache::Entry* entry = statements_->Find(lifted.shape);
-    if (entry == nullptr) {
-      SeriesShape series = ClassifySeriesShape(lifted.shape, lifted.values.size());
-      const std::string& compiled =
-          series.role == SeriesShape::Role::kInsert ? series.compiled : lifted.shape;
-      const size_t parameters =
-          lifted.values.size() + (series.role == SeriesShape::Role::kInsert ? 1 : 0);
-      sqlite3_stmt* raw = nullptr;
-      const char* tail = nullptr;
-      const int rc = sqlite3_prepare_v3(db_.get(), compiled.data(),
-                                        static_cast<int>(compiled.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &raw, &tail);
-      StatementPtr stmt(raw);
-      if (rc == SQLITE_OK && stmt) {
-        // A second statement is refused before anything runs; the plain text holds it too.
-        const char* end = compiled.data() + compiled.size();
-        if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
-          return Refuse(kSecondStatement);
-        }
-        if (sqlite3_bind_parameter_count(stmt.get()) == static_cast<int>(parameters)) {
-          entry = statements_->Insert(lifted.shape, stmt.release());
-          entry->series = std::move(series);
-        }
-      }
-      // Otherwise a literal stood where SQLite takes no value (a quoted name, too many
-      // values): the plain translation below decides.
-    }
-    if (entry != nullptr) {
-      Bind(entry->stmt, lifted.values);
-      const SeriesShape::Role role = entry->series.role;
-      std::optional<int64_t> key;
-      if (role == SeriesShape::Role::kInsert) {
-        // A key the insert takes; without one (a block that is full, a study ID out of range)
-        // the key is left to the database and the key trigger.
-        last_series_key_ = last_key;
-        key = NewSeriesKey(entry->series.table, lifted.values.front(), free_key);
-        last_series_key_.reset();
-        if (key) sqlite3_bind_int64(entry->stmt, static_cast<int>(lifted.values.size()) + 1, *key);
-      }
-      const bool ok = Run(db_.get(), entry->stmt, entry, row_count_, fields, data);
-      if (!ok) last_error_ = sqlite3_errmsg(db_.get());
-      // Only a key after the block's highest is known to have none after it; a hole filled
-      // may have a row right after it.
-      // Outside a transaction another program may write between two statements.
-      if (ok && key && depth_ > 0 && !(free_key && *key == free_key->key)) {
-        last_series_key_ = FreeSeriesKey{entry->series.table, *key};
-      }
-      if (ok && role == SeriesShape::Role::kKeyedUpdate && row_count_ == 0 &&
-          lifted.values.back().kind == SqlParameter::Kind::Integer) {
-        free_series_key_ = FreeSeriesKey{entry->series.table, lifted.values.back().integer};
-      }
-      sqlite3_reset(entry->stmt);
-      sqlite3_clear_bindings(entry->stmt);
-      return ok;
-    }
+    if (std::optional<bool> ok = RunShape(lifted.shape, lifted.values, fields, data)) return *ok;
+  } else {
+    // Series keys learned from the statement before hold for the next statement only.
+    free_series_key_.reset();
+    last_series_key_.reset();
   }
 
   const std::string text = lifted.lifted ? TranslateJetSql(sql) : std::move(lifted.shape);
@@ -362,6 +364,73 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
   const bool ok = Run(db_.get(), stmt.get(), nullptr, row_count_, fields, data);
   if (!ok) last_error_ = sqlite3_errmsg(db_.get());
   return ok;
+}
+
+std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
+                                             const std::vector<SqlParameter>& values,
+                                             Variant& fields, Variant& data) {
+  // A key an update of a series row just found free, for the insert that may follow it, and
+  // the key the statement before this one inserted: both hold for the next statement only.
+  const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
+  const std::optional<FreeSeriesKey> last_key = std::exchange(last_series_key_, std::nullopt);
+  StatementCache::Entry* entry = statements_->Find(shape);
+  if (entry == nullptr) {
+    SeriesShape series = ClassifySeriesShape(shape, values.size());
+    const std::string& compiled =
+        series.role == SeriesShape::Role::kInsert ? series.compiled : shape;
+    const size_t parameters =
+        values.size() + (series.role == SeriesShape::Role::kInsert ? 1 : 0);
+    sqlite3_stmt* raw = nullptr;
+    const char* tail = nullptr;
+    const int rc = sqlite3_prepare_v3(db_.get(), compiled.data(),
+                                      static_cast<int>(compiled.size()),
+                                      SQLITE_PREPARE_PERSISTENT, &raw, &tail);
+    StatementPtr stmt(raw);
+    if (rc == SQLITE_OK && stmt) {
+      // A second statement is refused before anything runs; the plain text holds it too.
+      const char* end = compiled.data() + compiled.size();
+      if (tail != nullptr && !sqlite_support::TailIsEmpty(std::string_view(tail, end - tail))) {
+        return Refuse(kSecondStatement);
+      }
+      if (sqlite3_bind_parameter_count(stmt.get()) == static_cast<int>(parameters)) {
+        entry = statements_->Insert(shape, stmt.release());
+        entry->series = std::move(series);
+      }
+    }
+    // Otherwise a literal stood where SQLite takes no value (a quoted name, too many
+    // values): the plain translation below decides.
+  }
+  if (entry != nullptr) {
+    Bind(entry->stmt, values);
+    const SeriesShape::Role role = entry->series.role;
+    std::optional<int64_t> key;
+    if (role == SeriesShape::Role::kInsert) {
+      // A key the insert takes; without one (a block that is full, a study ID out of range)
+      // the key is left to the database and the key trigger.
+      last_series_key_ = last_key;
+      key = NewSeriesKey(entry->series.table, values.front(), free_key);
+      last_series_key_.reset();
+      if (key) sqlite3_bind_int64(entry->stmt, static_cast<int>(values.size()) + 1, *key);
+    }
+    const bool ok = Run(db_.get(), entry->stmt, entry, row_count_, fields, data);
+    if (!ok) last_error_ = sqlite3_errmsg(db_.get());
+    // Only a key after the block's highest is known to have none after it; a hole filled
+    // may have a row right after it.
+    // Outside a transaction another program may write between two statements.
+    if (ok && key && depth_ > 0 && !(free_key && *key == free_key->key)) {
+      last_series_key_ = FreeSeriesKey{entry->series.table, *key};
+    }
+    if (ok && role == SeriesShape::Role::kKeyedUpdate && row_count_ == 0 &&
+        values.back().kind == SqlParameter::Kind::Integer) {
+      free_series_key_ = FreeSeriesKey{entry->series.table, values.back().integer};
+    }
+    sqlite3_reset(entry->stmt);
+    sqlite3_clear_bindings(entry->stmt);
+    return ok;
+  }
+
+  // Otherwise a literal stood where SQLite takes no value: the plain translation decides.
+  return std::nullopt;
 }
 
 std::optional<int64_t> SqliteDatabase::NewSeriesKey(int table, const SqlParameter& company,

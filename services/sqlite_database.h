@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "automation/services.h"
@@ -79,6 +80,12 @@ class SqliteDatabase final : public IDatabase {
   // zero-based column names (even with no rows) and `data` to a (row, column) array from
   // (0, 0), or Empty when there are no rows; an action statement or a failure sets both Empty.
   bool blnExecute(const std::string& sql, Variant& fields, Variant& data) override;
+  // The statement `statement.Text()` spells, answered as blnExecute answers that text (and
+  // traced as that text), with its values bound to the statement compiled once for the
+  // template. A value not certain to bind as its literal would be read sends the whole
+  // statement through blnExecute.
+  bool blnExecuteComposed(const ComposedStatement& statement, Variant& fields,
+                          Variant& data) override;
   // Rows returned by the last query, or rows changed by the last action statement; 0 after a
   // failed statement.
   int32_t lngRowCount() override;
@@ -114,6 +121,16 @@ class SqliteDatabase final : public IDatabase {
   void Close() noexcept;
   bool RunInternal(const char* sql) noexcept;
   bool ExecuteOne(const std::string& sql, Variant& fields, Variant& data);
+  // Runs the translated `shape` with `values` bound, on the statement compiled once for it.
+  // std::nullopt when SQLite does not take the shape as it stands (a value stood where it
+  // takes no parameter): the statement's plain translation decides then.
+  std::optional<bool> RunShape(const std::string& shape, const std::vector<SqlParameter>& values,
+                               Variant& fields, Variant& data);
+  // `execute` run as one statement's call: outputs and error cleared first, an exception turned
+  // into the error it says, and a failure leaving both outputs Empty and a row count of 0.
+  bool Guarded(Variant& fields, Variant& data, const std::function<bool()>& execute);
+  // The translated shape of the template's statements, or null when they run as text.
+  const std::string* TemplateShape(const StatementTemplate& shape);
   // Keeps `message` as the last error and answers false.
   bool Refuse(std::string message);
   void Trace(const std::string& sql, bool ok);
@@ -133,6 +150,10 @@ class SqliteDatabase final : public IDatabase {
   std::optional<FreeSeriesKey> free_series_key_;
   // The key the last statement, an insert of a series row, gave its row (for the next one).
   std::optional<FreeSeriesKey> last_series_key_;
+  // Per template (by its id), the translated shape its statements take; empty when they run
+  // as text. The values of the composed statement running now.
+  std::unordered_map<uint64_t, std::string> template_shapes_;
+  std::vector<SqlParameter> composed_values_;
   // Per series table, the compiled query of the highest key of a study's block.
   std::vector<sqlite3_stmt*> highest_key_;
   // The key the loader's insert of a row of series `table` for the study `company` takes.

@@ -2,7 +2,10 @@
 // by their own values, whatever the cache holds or drops.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "automation/safe_array.h"
 #include "automation/variant.h"
@@ -77,6 +80,60 @@ TEST_F(DatabaseTest, CacheSurvivesEvictionSchemaChangesAndQuotedNames) {
   EXPECT_TRUE(Exec("select count(*) from Sector where SectorID = 1"));
   EXPECT_FALSE(Exec("select count(*) from Sector where SectorID = 1; delete from Sector"));
   EXPECT_TRUE(Scalar("select count(*) from Sector").SameAs(Variant(int32_t{2})));
+}
+
+// A statement handed over as template and values stores, answers and traces exactly what its
+// text does, whatever the values: signs, exponents, apostrophes, dates, Booleans, and values
+// that cannot be bound as they stand (which send the statement through its text).
+TEST_F(DatabaseTest, ComposedStatementsStoreWhatTheirTextStores) {
+  ASSERT_TRUE(Exec("create table T (K INTEGER PRIMARY KEY, s TEXT, f SINGLE, i SMALLINT, "
+                   "b BIT, datLastFY DATETIME)"));
+  StatementTemplate insert;
+  insert.pieces = {"insert into T (K,s,f,i,b,datLastFY) select ", ",", ",", ",", ",", ",", ""};
+  insert.columns = {"K", "s", "f", "i", "b", "datLastFY"};
+  StatementTemplate update;  // a literal of its own: runs as text
+  update.pieces = {"Update T set s=", " where datediff('d',datLastFY,", ") = 0 and K = ", ""};
+  update.columns = {"s", "datLastFY", "K"};
+  const std::vector<std::vector<std::string>> options = {
+      {"'abc'", "'O\xC3\xBFNeil'", "'\xC3\x9Cn\xC3\xAF'", "''", "'12'", "'a\"b'", "'x",
+       std::string("'nul\0'", 6)},
+      {"12", "-3.25", "1.5E+10", "1E-05", "0.1", "-0", "3.402823E+38", "-1.175494E-38"},
+      {"7", "-32768", "0", "True"},
+      {"True", "False", "-1", "0"},
+      {"'11/22/2026'", "'1/5/2026 13:45:00'", "'not a date'", "''", "'12/30/1899'", "0"},
+  };
+  std::mt19937 rng(20261122);
+  std::vector<std::string> trace;
+  db_.SetTraceCallback([&](std::string_view line) { trace.emplace_back(line); });
+  for (int k = 0; k < 200; ++k) {
+    ComposedStatement statement{&insert, {std::to_string(2 * k + 1)}};
+    for (const auto& column : options) statement.literals.push_back(column[rng() % column.size()]);
+    Variant fields, data;
+    const bool by_text = db_.blnExecute(statement.Text(), fields, data);
+    statement.literals[0] = std::to_string(2 * k + 2);
+    const size_t traced = trace.size();
+    const bool composed = db_.blnExecuteComposed(statement, fields, data);
+    ASSERT_EQ(composed, by_text) << statement.Text();
+    ASSERT_EQ(trace.size(), traced + 1);
+    if (!by_text) continue;
+    EXPECT_EQ(db_.lngRowCount(), 1);
+    EXPECT_EQ(nlohmann::json::parse(trace.back())["sql"], statement.Text());
+    // As stored, not as the object types what it reads back.
+    const std::string row = "select quote(s), quote(f), quote(i), quote(b), quote(datLastFY) "
+                            "from T where K = ";
+    Variant first = Query(row + std::to_string(2 * k + 1));
+    Variant second = Query(row + std::to_string(2 * k + 2));
+    ASSERT_TRUE(first.IsArray() && second.IsArray());
+    for (int c = 0; c <= first.AsArray().UBound(2); ++c) {
+      EXPECT_TRUE(first.AsArray()(0, c).SameAs(second.AsArray()(0, c)))
+          << statement.Text() << " column " << c;
+    }
+  }
+  ComposedStatement changed{&update, {"'new'", "'11/22/2026'", "1"}};
+  Variant fields, data;
+  EXPECT_TRUE(db_.blnExecuteComposed(changed, fields, data));
+  EXPECT_NE(trace.back().find("datediff('d',datLastFY,'11/22/2026') = 0 and K = 1"),
+            std::string::npos);
 }
 
 }  // namespace
