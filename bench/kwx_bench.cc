@@ -33,6 +33,7 @@
 #include "model/company.h"
 #include "services/builtin_services.h"
 #include "services/create_database.h"
+#include "services/data_file.h"
 #include "services/sqlite_database.h"
 #include "services/sqlite_support_internal.h"
 
@@ -152,7 +153,10 @@ struct RawDb {
 
 class Bench {
  public:
-  Bench(Sizes sizes, fs::path dir) : sizes_(sizes), dir_(std::move(dir)), texts_(SampleTexts()) {}
+  Bench(Sizes sizes, fs::path dir) : sizes_(sizes), dir_(std::move(dir)), texts_(SampleTexts()) {
+    // Stream_Get takes the text of a file, decoded as an import decodes the file's bytes.
+    for (const std::string& bytes : texts_) streams_.push_back(StreamTextOfDataFile(bytes));
+  }
 
   void Run() {
     Capture();
@@ -173,6 +177,7 @@ class Bench {
     std::printf("ratio load %.2f\n", load_);
     std::printf("ratio load_scale_1k_to_100k %.2f\n", load_scale_);
     std::printf("ratio import %.2f\n", raw_batched_rate_ > 0 ? import_rate_ / raw_batched_rate_ : 0);
+    std::printf("ratio import_vs_python %.2f\n", python_rate_ > 0 ? import_rate_ / python_rate_ : 0);
   }
 
  private:
@@ -188,7 +193,7 @@ class Bench {
   // and to load it by ID: the raw side replays exactly those rows.
   void Capture() {
     const std::string path = FreshDb("capture.db");
-    LoaderSide side(path, texts_);
+    LoaderSide side(path, streams_);
     Variant fields, data;
     for (size_t k = 0; k < side.count(); ++k) {
       // The study saved before the captured one takes the ID below it, so the captured one
@@ -236,13 +241,13 @@ class Bench {
   }
 
   void Parse() {
-    LoaderSide side("", texts_);
+    LoaderSide side("", streams_);
     double best = 0;
     for (int r = 0; r < sizes_.repeats; ++r) {
       const auto start = Clock::now();
       for (int i = 0; i < sizes_.parse; ++i) {
         Company c;
-        side.loader().Stream_Get(texts_[i % texts_.size()], c, idKWX);
+        side.loader().Stream_Get(streams_[i % streams_.size()], c, idKWX);
       }
       best = std::max(best, sizes_.parse / Seconds(start));
     }
@@ -252,7 +257,7 @@ class Bench {
   // Studies per second written by the loader, and by the raw writer, into fresh files;
   // batched, kBatch studies share each durable commit as in a bulk import.
   double SaveLoader(bool batched, int n) {
-    LoaderSide side(FreshDb("save-loader.db"), texts_);
+    LoaderSide side(FreshDb("save-loader.db"), streams_);
     const auto start = Clock::now();
     for (int i = 0; i < n; ++i) {
       if (batched && i % kBatch == 0) side.db().BeginTrans();
@@ -276,7 +281,7 @@ class Bench {
   }
   double SaveRaw(bool batched, int n) {
     const std::string path = FreshDb("save-raw.db");
-    { LoaderSide refs(path, texts_); }
+    { LoaderSide refs(path, streams_); }
     RawDb raw(path);
     const auto start = Clock::now();
     FillRaw(raw, batched, n, "R");
@@ -305,7 +310,7 @@ class Bench {
   void Load() {
     const int n = sizes_.save;
     const std::string path = FreshDb("load.db");
-    LoaderSide side(path, texts_);
+    LoaderSide side(path, streams_);
     side.db().BeginTrans();
     for (int i = 0; i < n; ++i) {
       Company c = side.Study(i, "L" + std::to_string(i));
@@ -406,7 +411,7 @@ class Bench {
     const std::string small_path = FreshDb("scale-small.db");
     const std::string large_path = (dir_ / "scale-large.db").string();
     {
-      LoaderSide refs(small_path, texts_);
+      LoaderSide refs(small_path, streams_);
     }
     auto fill = Clock::now();
     {
@@ -423,8 +428,8 @@ class Bench {
     }
     const double fill_seconds = Seconds(fill);
 
-    LoaderSide small_side(small_path, texts_);
-    LoaderSide large_side(large_path, texts_);
+    LoaderSide small_side(small_path, streams_);
+    LoaderSide large_side(large_path, streams_);
     std::mt19937 rng(7);
     std::vector<int> small_ids(sizes_.lookups), large_ids(sizes_.lookups);
     for (int& id : small_ids) id = 1 + static_cast<int>(rng() % sizes_.scale_small);
@@ -503,15 +508,41 @@ class Bench {
     import_rate_ = sizes_.import_small / small.second;
     std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s)\n", sizes_.import_large,
                 large.first / 1024.0, large.second);
+    python_rate_ = PythonRate(sizes_.import_small);
+    if (python_rate_ > 0) {
+      std::printf("python plain sqlite3 program    %6d studies: %7.0f studies/s  (the same rows "
+                  "by executemany, block keys, a savepoint per study, 50 per commit)\n",
+                  sizes_.import_small, python_rate_);
+    }
+  }
+
+  // Studies a second that a plain Python program writes with the sqlite3 module: the rows of
+  // the last captured study, `n` times, with the raw side's guarantees. 0 without python3.
+  double PythonRate(int n) {
+    const std::string command = "python3 '" KWX_SOURCE_DIR "/bench/plain_python_writer.py' '" +
+                                (dir_ / "capture.db").string() + "' " +
+                                std::to_string(kCaptureCompanyID) + " '" + FreshDb("python.db") +
+                                "' " + std::to_string(n) + " 2>/dev/null";
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr) return 0;
+    char line[64] = {};
+    const bool read = std::fgets(line, sizeof line, pipe) != nullptr;
+    if (::pclose(pipe) != 0 || !read) {
+      std::printf("python plain sqlite3 program: not run (python3 with its sqlite3 module "
+                  "is needed)\n");
+      return 0;
+    }
+    return std::atof(line);
   }
 
   Sizes sizes_;
   fs::path dir_;
-  std::vector<std::string> texts_;
+  std::vector<std::string> texts_;    // the sample files' bytes
+  std::vector<std::string> streams_;  // their texts
   std::vector<std::unique_ptr<RowWriter>> saves_;
   std::vector<std::unique_ptr<StatementReplay>> loads_;
   double save_per_study_ = 0, save_batched_ = 0, load_ = 0, load_scale_ = 0;
-  double raw_batched_rate_ = 0, import_rate_ = 0;
+  double raw_batched_rate_ = 0, import_rate_ = 0, python_rate_ = 0;
 };
 
 }  // namespace

@@ -1,0 +1,57 @@
+// Files read ahead of their saves come back in the order asked for, never more than the depth
+// ahead, and a reader that is dropped early stops without waiting for the rest.
+#include "cli/read_ahead.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace kwx::cli {
+namespace {
+
+TEST(ReadAhead, AnswersInOrderBoundedAndStopsEarly) {
+  std::vector<std::string> paths;
+  for (int i = 0; i < 50; ++i) paths.push_back(std::to_string(i));
+  std::atomic<int> started{0};
+  std::atomic<int> taken{0};
+  std::atomic<int> most_ahead{0};
+  {
+    ReadAhead ahead(paths, [&](const std::string& path) {
+      const int ahead_now = started.fetch_add(1) + 1 - taken.load();
+      int seen = most_ahead.load();
+      while (ahead_now > seen && !most_ahead.compare_exchange_weak(seen, ahead_now)) {
+      }
+      if (path == "7") throw std::runtime_error("unreadable");
+      return Variant(path);
+    }, 3);
+    for (int i = 0; i < 50; ++i) {
+      const Variant got = ahead.Take();
+      taken.fetch_add(1);
+      if (i == 7) {
+        EXPECT_TRUE(got.IsEmpty()) << "a read that raises reads as nothing";
+      } else {
+        ASSERT_EQ(got.AsString(), std::to_string(i));
+      }
+    }
+    EXPECT_TRUE(ahead.Take().IsEmpty()) << "nothing after the last path";
+  }
+  // The depth plus the one being read and the one just taken.
+  EXPECT_LE(most_ahead.load(), 5);
+
+  // Dropped after one file: the reader stops instead of reading the other 49.
+  std::atomic<int> reads{0};
+  {
+    ReadAhead ahead(paths, [&](const std::string& path) {
+      ++reads;
+      return Variant(path);
+    }, 2);
+    EXPECT_EQ(ahead.Take().AsString(), "0");
+  }
+  EXPECT_LE(reads.load(), 4);
+}
+
+}  // namespace
+}  // namespace kwx::cli
