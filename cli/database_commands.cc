@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "cli/context.h"
 #include "cli/json_values.h"
+#include "cli/table_output.h"
 #include "services/create_database.h"
 #include "services/sqlite_database.h"
 
@@ -67,6 +68,22 @@ void PrintRowsJson(std::ostream& out, const Variant& fields, const Variant& data
   out << "\n]\n";
 }
 
+// The rows as CSV under the query's own column names, values as the query gave them.
+void PrintRowsCsv(std::ostream& out, const Variant& fields, const Variant& data) {
+  ValueTable table;
+  if (fields.IsArray()) {
+    for (const Variant& name : fields.AsArray().elements()) table.columns.push_back(CellText(name));
+  }
+  if (data.IsArray()) {
+    const SafeArray& rows = data.AsArray();
+    for (int32_t r = rows.LBound(1); r <= rows.UBound(1); ++r) {
+      std::vector<Variant>& row = table.rows.emplace_back();
+      for (int32_t c = rows.LBound(2); c <= rows.UBound(2); ++c) row.push_back(rows(r, c));
+    }
+  }
+  PrintCsv(out, table);
+}
+
 }  // namespace
 
 void AddDatabaseCommands(CLI::App& app, Context& ctx) {
@@ -82,8 +99,12 @@ void AddDatabaseCommands(CLI::App& app, Context& ctx) {
   auto sql_text = std::make_shared<std::string>();
   auto sql_json = std::make_shared<bool>(false);
   sql->add_option("TEXT", *sql_text, "the SQL text (Jet dialect), one statement")->required();
-  sql->add_flag("--json", *sql_json, "print the rows as a JSON array of objects");
-  sql->callback([&ctx, sql_text, sql_json] {
+  auto sql_csv = std::make_shared<bool>(false);
+  auto* json_flag = sql->add_flag("--json", *sql_json, "print the rows as a JSON array of objects");
+  sql->add_flag("--csv", *sql_csv, "print the rows as CSV: a header row of the column names, "
+                                   "values unrounded")
+      ->excludes(json_flag);
+  sql->callback([&ctx, sql_text, sql_json, sql_csv] {
     kwxLoader& loader = ctx.OpenLoader();
     IDatabase* db = loader.database().get();
     if (db == nullptr) throw CommandError("no database object");
@@ -107,6 +128,8 @@ void AddDatabaseCommands(CLI::App& app, Context& ctx) {
     }
     if (*sql_json) {
       PrintRowsJson(*ctx.out, fields, data);
+    } else if (*sql_csv) {
+      PrintRowsCsv(*ctx.out, fields, data);
     } else {
       PrintRows(*ctx.out, fields, data);
     }
