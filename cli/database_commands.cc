@@ -68,22 +68,6 @@ void PrintRowsJson(std::ostream& out, const Variant& fields, const Variant& data
   out << "\n]\n";
 }
 
-// The rows as CSV under the query's own column names, values as the query gave them.
-void PrintRowsCsv(std::ostream& out, const Variant& fields, const Variant& data) {
-  ValueTable table;
-  if (fields.IsArray()) {
-    for (const Variant& name : fields.AsArray().elements()) table.columns.push_back(CellText(name));
-  }
-  if (data.IsArray()) {
-    const SafeArray& rows = data.AsArray();
-    for (int32_t r = rows.LBound(1); r <= rows.UBound(1); ++r) {
-      std::vector<Variant>& row = table.rows.emplace_back();
-      for (int32_t c = rows.LBound(2); c <= rows.UBound(2); ++c) row.push_back(rows(r, c));
-    }
-  }
-  PrintCsv(out, table);
-}
-
 }  // namespace
 
 void AddDatabaseCommands(CLI::App& app, Context& ctx) {
@@ -129,7 +113,7 @@ void AddDatabaseCommands(CLI::App& app, Context& ctx) {
     if (*sql_json) {
       PrintRowsJson(*ctx.out, fields, data);
     } else if (*sql_csv) {
-      PrintRowsCsv(*ctx.out, fields, data);
+      PrintCsv(*ctx.out, RowSetTable(fields, data));
     } else {
       PrintRows(*ctx.out, fields, data);
     }

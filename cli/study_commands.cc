@@ -21,10 +21,8 @@
 namespace kwx::cli {
 namespace {
 
-// The columns of `kwx list` as the query reports them (the CSV and JSON names), and their
-// headers in the aligned form.
-constexpr const char* kListColumns[] = {"CompanyID", "strSymbol",   "Exchange",
-                                        "strName",   "sngCurPrice", "datDataUpdated"};
+// The headers of `kwx list`'s aligned form, one per column of its query; the CSV and JSON
+// forms use the query's column names.
 const std::vector<std::string> kListHeaders = {"ID", "Symbol", "Exchange", "Name", "Price",
                                                "Updated"};
 
@@ -32,28 +30,6 @@ constexpr const char* kListSql =
     "select C.CompanyID, C.strSymbol, E.Exchange, C.strName, C.sngCurPrice, C.datDataUpdated "
     "from Company AS C LEFT JOIN Exchange AS E ON C.ExchangeID = E.ExchangeID "
     "order by C.strSymbol, C.CompanyID";
-
-// The saved studies, texts as the user wrote them.
-ValueTable ListTable(Context& ctx) {
-  kwxLoader& loader = ctx.OpenLoader();
-  Variant data;
-  Variant fields;
-  loader.Access_GetCompanies(kListSql, data, fields);
-  PrintErrorReports(loader, *ctx.err);
-  if (!fields.IsArray()) throw CommandError("cannot read the company list");
-  const int32_t rows = data.IsArray() ? data.AsArray().UBound(1) + 1 : 0;
-  ValueTable table;
-  table.columns.assign(std::begin(kListColumns), std::end(kListColumns));
-  for (int32_t r = 0; r < rows; ++r) {
-    std::vector<Variant>& row = table.rows.emplace_back();
-    for (const char* column : kListColumns) {
-      const Variant v = FieldValue(column, fields, data, r);
-      row.push_back(v.type() == VarType::String ? Variant(TextFromSql(v)) : v);
-    }
-  }
-  return table;
-}
-
 
 void PrintSummary(std::ostream& out, const Company& c) {
   const auto date = [](Date d) { return DisplayText(Variant(d)); };
@@ -112,7 +88,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
       ->excludes(json_flag);
   list->callback([&ctx, list_json, list_csv] {
     ctx.reads_only = true;
-    const ValueTable table = ListTable(ctx);
+    const ValueTable table = QueryList(ctx, kListSql, "company list");
     if (*list_json) {
       *ctx.out << JsonRows(table).dump(2) << "\n";
     } else if (*list_csv) {

@@ -6,7 +6,11 @@
 #include <charconv>
 #include <cmath>
 
+#include "access/sql_text.h"
 #include "automation/conversions.h"
+#include "automation/safe_array.h"
+#include "cli/company_json.h"
+#include "cli/context.h"
 #include "cli/json_values.h"
 
 namespace kwx::cli {
@@ -92,6 +96,38 @@ void TextTable::Print(std::ostream& out) const {
   for (const auto& row : rows_) {
     print_line([&](size_t c) { return c < row.size() ? row[c] : TableCell{}; });
   }
+}
+
+ValueTable RowSetTable(const Variant& fields, const Variant& data) {
+  ValueTable table;
+  if (fields.IsArray()) {
+    for (const Variant& name : fields.AsArray().elements()) {
+      table.columns.push_back(name.type() == VarType::String ? name.AsString() : CsvText(name));
+    }
+  }
+  if (!data.IsArray()) return table;
+  const SafeArray& rows = data.AsArray();
+  for (int32_t r = rows.LBound(1); r <= rows.UBound(1); ++r) {
+    std::vector<Variant>& row = table.rows.emplace_back();
+    for (int32_t c = rows.LBound(2); c <= rows.UBound(2); ++c) row.push_back(rows(r, c));
+  }
+  return table;
+}
+
+ValueTable QueryList(Context& ctx, const char* sql, std::string_view what) {
+  kwxLoader& loader = ctx.OpenLoader();
+  Variant data;
+  Variant fields;
+  loader.Access_GetCompanies(sql, data, fields);
+  PrintErrorReports(loader, *ctx.err);
+  if (!fields.IsArray()) throw CommandError("cannot read the " + std::string(what));
+  ValueTable table = RowSetTable(fields, data);
+  for (auto& row : table.rows) {
+    for (Variant& v : row) {
+      if (v.type() == VarType::String) v = Variant(TextFromSql(v));
+    }
+  }
+  return table;
 }
 
 void PrintAligned(std::ostream& out, const ValueTable& table,

@@ -21,6 +21,8 @@
 
 namespace kwx::cli {
 
+struct Context;
+
 enum class Align { kLeft, kRight };
 
 // One cell of a TextTable: its text and which side it keeps to.
@@ -61,6 +63,16 @@ struct ValueTable {
   // Each row holds one value per column.
   std::vector<std::vector<Variant>> rows;
 };
+
+// A row set as the database object answers it (a 1-D array of field names, a 2-D array of
+// values by row and column) as a table, values as given; no rows when `data` is no array.
+ValueTable RowSetTable(const Variant& fields, const Variant& data);
+
+// Runs the listing query `sql` through the loader of `ctx` (Access_GetCompanies), prints the
+// loader's error reports on ctx.err and answers the rows, stored texts turned back into what
+// the user wrote (TextFromSql). Raises CommandError "cannot read the <what>" when the query
+// answers no field names.
+ValueTable QueryList(Context& ctx, const char* sql, std::string_view what);
 
 // Prints `table` aligned (TextTable), each value by DisplayText, numbers to the right; the
 // headers are `headers` when given (one per column), else the column names.

@@ -249,5 +249,29 @@ TEST_F(StudyCommandsTest, ListAndSeriesReadBackAsCsvAndLineUp) {
             std::string::npos) << wrong.err;
 }
 
+// The saved comparisons and PERT reports list with their member counts; a comparison shows its
+// members' key figures side by side.
+TEST_F(StudyCommandsTest, ComparisonsAndPertReportsListAndShowSideBySide) {
+  const std::string id = std::to_string(id_);
+  const std::string other = std::to_string(SaveStudy("XYZ", "Xyz, \"Inc\"", 1234.5f));
+  ASSERT_EQ(Kwx({"comparison", "save", "Picks", id, other}).code, 0);
+  ASSERT_EQ(Kwx({"pert", "save", "Watch", id, other}).code, 0);
+
+  EXPECT_EQ(Kwx({"comparison", "list"}).out,
+            "ID  Name   Members\n--  -----  -------\n 1  Picks        2\n");
+  EXPECT_EQ(nlohmann::json::parse(Kwx({"pert", "list", "--json"}).out),
+            nlohmann::json::parse(R"([{"PERTReportID": 1, "Name": "Watch", "Members": 2}])"));
+  const std::string shown = Kwx({"comparison", "show", "1"}).out;
+  for (const std::string line : {"                                        ABC         XYZ\n",
+                                 "\nName                          Abc's Widgets  Xyz, \"Inc\"\n",
+                                 "\nPrice                                 12.50    1,234.50\n",
+                                 "\nP/E                                    20.0        20.0\n"}) {
+    EXPECT_NE(shown.find(line), std::string::npos) << line << "\n" << shown;
+  }
+  EXPECT_NE(Kwx({"pert", "show", "1"}).out.find("\nID  Name\n--  -------------\n " + id +
+                                                 "  Abc's Widgets\n " + other + "  Xyz, \"Inc\"\n"),
+            std::string::npos);
+}
+
 }  // namespace
 }  // namespace kwx
