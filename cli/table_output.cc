@@ -36,14 +36,8 @@ std::string OneLine(std::string text) {
 }
 
 bool IsWholeNumber(const Variant& v) {
-  switch (v.type()) {
-    case VarType::Integer:
-    case VarType::Long:
-    case VarType::Byte:
-      return true;
-    default:
-      return false;
-  }
+  const VarType t = v.type();
+  return t == VarType::Integer || t == VarType::Long || t == VarType::Byte;
 }
 
 bool IsNeverSetDate(const Variant& v) {
@@ -136,7 +130,7 @@ void PrintAligned(std::ostream& out, const ValueTable& table,
   std::vector<TextTable::Column> columns;
   for (size_t c = 0; c < table.columns.size(); ++c) {
     const bool numbers = std::any_of(table.rows.begin(), table.rows.end(), [&](const auto& row) {
-      return c < row.size() && IsNumber(row[c]);
+      return c < row.size() && row[c].IsNumberType();
     });
     columns.push_back({c < headers.size() ? headers[c] : table.columns[c],
                        numbers ? Align::kRight : Align::kLeft});
@@ -145,7 +139,7 @@ void PrintAligned(std::ostream& out, const ValueTable& table,
   for (const auto& row : table.rows) {
     std::vector<TableCell> cells;
     for (const Variant& v : row) {
-      cells.push_back({DisplayText(v), IsNumber(v) ? Align::kRight : Align::kLeft});
+      cells.push_back({DisplayText(v), v.IsNumberType() ? Align::kRight : Align::kLeft});
     }
     text.AddCells(std::move(cells));
   }
@@ -190,21 +184,6 @@ nlohmann::json JsonRows(const ValueTable& table) {
   return rows;
 }
 
-bool IsNumber(const Variant& v) {
-  switch (v.type()) {
-    case VarType::Integer:
-    case VarType::Long:
-    case VarType::Byte:
-    case VarType::Single:
-    case VarType::Double:
-    case VarType::Currency:
-    case VarType::Decimal:
-      return true;
-    default:
-      return false;
-  }
-}
-
 std::string Grouped(double value) {
   if (!std::isfinite(value)) return fmt::format("{}", value);
   std::string text = fmt::format("{:.2f}", value);
@@ -222,7 +201,7 @@ std::string Ratio(double value) { return fmt::format("{:.1f}", value); }
 std::string DisplayText(const Variant& v) {
   if (v.IsEmpty() || v.IsNull() || v.IsArray() || v.IsObject() || IsNeverSetDate(v)) return "";
   if (IsWholeNumber(v)) return CStr(v);
-  if (IsNumber(v)) return Grouped(CDbl(v));
+  if (v.IsNumberType()) return Grouped(CDbl(v));
   if (v.type() == VarType::Date) return ToJson(v).get<std::string>();
   return CStr(v);
 }

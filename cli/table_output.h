@@ -106,9 +106,6 @@ std::string Percent(double value);
 // A ratio with one decimal: "18.2".
 std::string Ratio(double value);
 
-// True when the value is a number (any numeric type), which tables keep to the right.
-bool IsNumber(const Variant& v);
-
 }  // namespace kwx::cli
 
 #endif  // KWX_CLI_TABLE_OUTPUT_H_
