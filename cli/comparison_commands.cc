@@ -59,7 +59,10 @@ nlohmann::json HeaderJson(const Rec& rec, std::string_view key, int32_t id) {
 template <class Rec>
 void PrintHeader(std::ostream& out, const Rec& rec, std::string_view key, int32_t id) {
   out << key << ": " << id << "\n";
-  for (const auto& b : Rec::Bindings()) out << b.column.name << ": " << Cell(GetField(rec, b)) << "\n";
+  for (const auto& b : Rec::Bindings()) {
+    const std::string value = Cell(GetField(rec, b));
+    out << b.column.name << ":" << (value.empty() ? "" : " ") << value << "\n";
+  }
 }
 
 // The figures `comparison show` sets side by side, one row each, in this order.

@@ -1,6 +1,7 @@
 #include "cli/series_table.h"
 
 #include "automation/dates.h"
+#include "automation/text.h"
 #include "cli/context.h"
 #include "common/helpers.h"
 
@@ -45,7 +46,7 @@ const SeriesKind kSeries[] = {
 
 const SeriesKind& FindSeries(std::string_view word) {
   for (const SeriesKind& k : kSeries) {
-    if (word == k.word) return k;
+    if (EqualsNoCase(word, k.word)) return k;
   }
   std::string known;
   for (const SeriesKind& k : kSeries) known.append(known.empty() ? "" : ", ").append(k.word);

@@ -16,10 +16,11 @@ namespace kwx::cli {
 // "yearly", "quarterly", "monthly", "pmg".
 std::vector<std::string> SeriesWords();
 
-// Raises CommandError (exit 2), naming the known words, unless `word` is one of SeriesWords.
+// Raises CommandError (exit 2), naming the known words, unless `word` is one of SeriesWords
+// (in any case).
 void CheckSeriesWord(std::string_view word);
 
-// The rows of the series `word` names (one of SeriesWords, case-sensitive), in series order,
+// The rows of the series `word` names (one of SeriesWords, in any case), in series order,
 // under the value columns of its table in statement order. A yearly or PMG row carries its
 // fiscal year in its Year column, a quarterly row its fiscal Quarter and Year; a monthly row
 // starts with a "Date" column, the day of its closing price (month 0 is the study's latest
