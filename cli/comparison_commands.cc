@@ -111,21 +111,39 @@ std::string KeyFigureNames() {
 }
 
 // Prints the members side by side: a column per member headed by its symbol, a row per key
-// figure. A member whose study is gone shows its ID and "(no study)".
-void PrintKeyFigures(kwxLoader& loader, const std::vector<int32_t>& members, std::ostream& out) {
+// figure, then, when a member carries any, the field texts saved with each member. A member
+// whose study is gone shows its ID and "(no study)".
+void PrintKeyFigures(kwxLoader& loader, const std::vector<ComparisonMember>& members,
+                     std::ostream& out) {
   std::vector<TextTable::Column> columns = {{"", Align::kLeft}};
   std::vector<Company> studies;
-  for (int32_t id : members) {
+  bool field_data = false;
+  for (const ComparisonMember& m : members) {
     Company& c = studies.emplace_back();
-    loader.Access_Get(id, "", "", c);
+    loader.Access_Get(m.CompanyID, "", "", c);
     const bool found = c.CompanyID >= 1;
-    columns.push_back({found ? c.strSymbol : std::to_string(id) + " (no study)", Align::kRight});
+    columns.push_back(
+        {found ? c.strSymbol : std::to_string(m.CompanyID) + " (no study)", Align::kRight});
+    field_data |= m.FieldData.IsArray();
   }
   TextTable table(std::move(columns));
   for (const KeyFigure& f : kKeyFigures) {
     std::vector<TableCell> cells = {{f.label, Align::kLeft}};
     for (const Company& c : studies) {
       cells.push_back({c.CompanyID >= 1 ? f.text(c) : "", f.align});
+    }
+    table.AddCells(std::move(cells));
+  }
+  if (field_data) {
+    std::vector<TableCell> cells = {{"Saved field data", Align::kLeft}};
+    for (const ComparisonMember& m : members) {
+      std::string texts;
+      if (m.FieldData.IsArray()) {
+        for (const Variant& v : m.FieldData.AsArray().elements()) {
+          texts.append(texts.empty() ? "" : ", ").append(Cell(v));
+        }
+      }
+      cells.push_back({std::move(texts), Align::kLeft});
     }
     table.AddCells(std::move(cells));
   }
@@ -194,9 +212,7 @@ bool ShowComparison(kwxLoader& loader, int32_t id, bool json, std::ostream& out)
   }
   PrintHeader(out, c, "ComparisonID", c.ComparisonID);
   out << "\n";
-  std::vector<int32_t> ids;
-  for (const ComparisonMember& m : c.Members) ids.push_back(m.CompanyID);
-  PrintKeyFigures(loader, ids, out);
+  PrintKeyFigures(loader, c.Members, out);
   return true;
 }
 
