@@ -28,10 +28,11 @@ void AddSeriesCommands(CLI::App& app, Context& ctx) {
   auto* cmd = app.add_subcommand(
       "series", "print one series of a saved study, a row per year, quarter or month: " + words +
                     " (a month's row starts with the day of its closing price)");
-  cmd->add_option("STUDY SERIES", args->words,
-                  "the company ID or SYMBOL EXCHANGE, then the series: " + words)
+  cmd->add_option("ID|SYMBOL EXCHANGE SERIES", args->words,
+                  "the company ID or its symbol and exchange, then the series: " + words)
       ->required()
-      ->expected(2, 3);
+      ->expected(2, 3)
+      ->type_name("");
   auto* csv = cmd->add_flag("--csv", args->csv, "print CSV (a header row, values unrounded)");
   cmd->add_flag("--json", args->json, "print a JSON array of row objects")->excludes(csv);
   cmd->callback([&ctx, args] {
