@@ -14,7 +14,8 @@ namespace kwx::cli {
 namespace {
 
 struct SeriesArgs {
-  std::vector<std::string> words;  // the study (an ID, or a symbol and an exchange), then the series
+  std::vector<std::string>
+      words;  // the study (an ID, or a symbol and an exchange), then the series
   bool csv = false;
   bool json = false;
 };

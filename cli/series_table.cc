@@ -25,8 +25,8 @@ ValueTable MonthlyTable(const Company& c) {
   const bool dated = IsValidDate(c.datLatestMData);
   // The series is positional: element i is the month a save stores as Month i.
   for (size_t i = 0; i < table.rows.size(); ++i) {
-    const Variant date = dated ? Variant(DateAdd("m", -static_cast<double>(i), c.datLatestMData))
-                               : Variant();
+    const Variant date =
+        dated ? Variant(DateAdd("m", -static_cast<double>(i), c.datLatestMData)) : Variant();
     table.rows[i].insert(table.rows[i].begin(), date);
   }
   return table;

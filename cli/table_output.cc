@@ -31,7 +31,8 @@ void Pad(fmt::memory_buffer& line, size_t n) {
 // A value's line breaks and tabs would break the table's lines and columns: each shows as a
 // blank.
 std::string OneLine(std::string text) {
-  std::replace_if(text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
   return text;
 }
 

@@ -37,9 +37,12 @@ TEST(TableOutput, RoundsGroupsAndQuotesAsDocumented) {
   const struct {
     const char* text;
     const char* field;
-  } fields[] = {{"plain", "plain"},           {"a,b", "\"a,b\""},
-                {"say \"hi\"", "\"say \"\"hi\"\"\""}, {"two\nlines", "\"two\nlines\""},
-                {" padded", "\" padded\""},     {"", ""}};
+  } fields[] = {{"plain", "plain"},
+                {"a,b", "\"a,b\""},
+                {"say \"hi\"", "\"say \"\"hi\"\"\""},
+                {"two\nlines", "\"two\nlines\""},
+                {" padded", "\" padded\""},
+                {"", ""}};
   for (const auto& f : fields) EXPECT_EQ(CsvField(f.text), f.field) << f.text;
 
   // Widths count characters, not bytes; a line break in a cell stays on its line.
