@@ -14,6 +14,7 @@
 #include "cli/context.h"
 #include "cli/json_values.h"
 #include "cli/study_lookup.h"
+#include "cli/table_output.h"
 #include "model/comparison.h"
 #include "model/pert_report.h"
 
@@ -58,7 +59,95 @@ nlohmann::json HeaderJson(const Rec& rec, std::string_view key, int32_t id) {
 template <class Rec>
 void PrintHeader(std::ostream& out, const Rec& rec, std::string_view key, int32_t id) {
   out << key << ": " << id << "\n";
-  for (const auto& b : Rec::Bindings()) out << b.column.name << ": " << Cell(GetField(rec, b)) << "\n";
+  for (const auto& b : Rec::Bindings()) {
+    const std::string value = Cell(GetField(rec, b));
+    out << b.column.name << ":" << (value.empty() ? "" : " ") << value << "\n";
+  }
+}
+
+// The figures `comparison show` sets side by side, one row each, in this order.
+struct KeyFigure {
+  const char* label;
+  Align align;
+  std::string (*text)(const Company&);
+};
+
+const KeyFigure kKeyFigures[] = {
+    {"ID", Align::kRight, [](const Company& c) { return std::to_string(c.CompanyID); }},
+    {"Name", Align::kLeft, [](const Company& c) { return c.strName; }},
+    {"Exchange", Align::kLeft, [](const Company& c) { return c.ExchangeID; }},
+    {"Price", Align::kRight, [](const Company& c) { return Grouped(c.sngCurPrice); }},
+    {"P/E", Align::kRight, [](const Company& c) { return Ratio(c.sngCurPE); }},
+    {"Yield", Align::kRight, [](const Company& c) { return Percent(c.sngCurYield); }},
+    {"Sales, latest year", Align::kRight,
+     [](const Company& c) { return c.Yearly.empty() ? "" : Grouped(c.Yearly[0].Sales); }},
+    {"EPS, latest year", Align::kRight,
+     [](const Company& c) { return c.Yearly.empty() ? "" : Grouped(c.Yearly[0].EPS); }},
+    {"Sales growth, 5-year history", Align::kRight,
+     [](const Company& c) { return Percent(c.sngRevHist5YrGr); }},
+    {"Sales growth, projected", Align::kRight,
+     [](const Company& c) { return Percent(c.sngRevProjGrRate); }},
+    {"EPS growth, 5-year history", Align::kRight,
+     [](const Company& c) { return Percent(c.sngEPSHist5YrGr); }},
+    {"EPS growth, projected", Align::kRight,
+     [](const Company& c) { return Percent(c.sngEPSProjGrRate); }},
+    {"Projected P/E, high", Align::kRight,
+     [](const Company& c) { return Ratio(c.JudgmentAnalysis.sngProjAvgPEHigh); }},
+    {"Projected P/E, low", Align::kRight,
+     [](const Company& c) { return Ratio(c.JudgmentAnalysis.sngProjAvgPELow); }},
+    {"Estimated high price", Align::kRight,
+     [](const Company& c) { return Grouped(c.JudgmentAnalysis.sngEstHighPrice); }},
+    {"Estimated low price", Align::kRight,
+     [](const Company& c) { return Grouped(c.sngEstLowPrice); }},
+    {"Up/down ratio", Align::kRight, [](const Company& c) { return Ratio(c.sngUpDownRatio); }},
+    {"Total return", Align::kRight, [](const Company& c) { return Percent(c.sngTotalReturn); }},
+};
+
+// The help text's account of kKeyFigures.
+std::string KeyFigureNames() {
+  std::string names;
+  for (const KeyFigure& f : kKeyFigures) names.append(names.empty() ? "" : "; ").append(f.label);
+  return names;
+}
+
+// Prints the members side by side: a column per member headed by its symbol, a row per key
+// figure, then, when a member carries any, the field texts saved with each member. A member
+// whose study is gone shows its ID and "(no study)".
+void PrintKeyFigures(kwxLoader& loader, const std::vector<ComparisonMember>& members,
+                     std::ostream& out) {
+  std::vector<TextTable::Column> columns = {{"", Align::kLeft}};
+  std::vector<Company> studies;
+  bool field_data = false;
+  for (const ComparisonMember& m : members) {
+    Company& c = studies.emplace_back();
+    loader.Access_Get(m.CompanyID, "", "", c);
+    const bool found = c.CompanyID >= 1;
+    columns.push_back(
+        {found ? c.strSymbol : std::to_string(m.CompanyID) + " (no study)", Align::kRight});
+    field_data |= m.FieldData.IsArray();
+  }
+  TextTable table(std::move(columns));
+  for (const KeyFigure& f : kKeyFigures) {
+    std::vector<TableCell> cells = {{f.label, Align::kLeft}};
+    for (const Company& c : studies) {
+      cells.push_back({c.CompanyID >= 1 ? f.text(c) : "", f.align});
+    }
+    table.AddCells(std::move(cells));
+  }
+  if (field_data) {
+    std::vector<TableCell> cells = {{"Saved field data", Align::kLeft}};
+    for (const ComparisonMember& m : members) {
+      std::string texts;
+      if (m.FieldData.IsArray()) {
+        for (const Variant& v : m.FieldData.AsArray().elements()) {
+          texts.append(texts.empty() ? "" : ", ").append(Cell(v));
+        }
+      }
+      cells.push_back({std::move(texts), Align::kLeft});
+    }
+    table.AddCells(std::move(cells));
+  }
+  table.Print(out);
 }
 
 // Adds save, show and delete under `parent` for one kind of list.
@@ -73,6 +162,9 @@ struct ListKind {
   bool (*show)(kwxLoader&, int32_t id, bool json, std::ostream& out);
   void (kwxLoader::*remove)(int32_t);
   void (kwxLoader::*remove_member)(int32_t, int32_t);
+  // List: the ID, name and member count of each, by name. A PERT report counts the members
+  // `show` lists, those whose study still exists.
+  const char* list_sql;
 };
 
 int32_t SaveComparison(kwxLoader& loader, const SaveArgs& a) {
@@ -119,14 +211,8 @@ bool ShowComparison(kwxLoader& loader, int32_t id, bool json, std::ostream& out)
     return true;
   }
   PrintHeader(out, c, "ComparisonID", c.ComparisonID);
-  out << "Members:\n";
-  for (const ComparisonMember& m : c.Members) {
-    out << "  " << m.CompanyID;
-    if (m.FieldData.IsArray()) {
-      for (const Variant& v : m.FieldData.AsArray().elements()) out << "\t" << Cell(v);
-    }
-    out << "\n";
-  }
+  out << "\n";
+  PrintKeyFigures(loader, c.Members, out);
   return true;
 }
 
@@ -146,16 +232,25 @@ bool ShowPERTReport(kwxLoader& loader, int32_t id, bool json, std::ostream& out)
     return true;
   }
   PrintHeader(out, p, "PERTReportID", p.PERTReportID);
-  out << "Members:\n";
-  for (const PERTReportMember& m : p.Members) out << "  " << m.CompanyID << "\t" << m.CompanyName << "\n";
+  out << "\n";
+  TextTable members({{"ID", Align::kRight}, {"Name", Align::kLeft}});
+  for (const PERTReportMember& m : p.Members) members.AddRow({std::to_string(m.CompanyID), m.CompanyName});
+  members.Print(out);
   return true;
 }
 
 const ListKind kKinds[] = {
     {"comparison", "comparison", "Comparison", "ComparisonID", &SaveComparison, &ShowComparison,
-     &kwxLoader::Access_DeleteComparison, &kwxLoader::Access_DeleteComparisonCompany},
+     &kwxLoader::Access_DeleteComparison, &kwxLoader::Access_DeleteComparisonCompany,
+     "select C.ComparisonID, C.Name, count(CC.CompanyID) as Members "
+     "from Comparison AS C LEFT JOIN ComparisonCompany AS CC ON CC.ComparisonID = C.ComparisonID "
+     "group by C.ComparisonID, C.Name order by C.Name, C.ComparisonID"},
     {"pert", "PERT report", "PERTReport", "PERTReportID", &SavePERTReport, &ShowPERTReport,
-     &kwxLoader::Access_DeletePERTReport, &kwxLoader::Access_DeletePERTReportCompany},
+     &kwxLoader::Access_DeletePERTReport, &kwxLoader::Access_DeletePERTReportCompany,
+     "select P.PERTReportID, P.Name, count(C.CompanyID) as Members "
+     "from (PERTReport AS P LEFT JOIN PERTReportCompany AS PRC ON PRC.PERTReportID = P.PERTReportID) "
+     "LEFT JOIN Company AS C ON C.CompanyID = PRC.CompanyID "
+     "group by P.PERTReportID, P.Name order by P.Name, P.PERTReportID"},
 };
 
 }  // namespace
@@ -187,9 +282,27 @@ void AddComparisonCommands(CLI::App& app, Context& ctx) {
       *ctx.out << "saved " << noun << " " << id << "\n";
     });
 
+    auto list_json = std::make_shared<bool>(false);
+    auto* list = group->add_subcommand("list", "list the " + noun + "s: ID, name, member count");
+    list->add_flag("--json", *list_json, "print a JSON array of objects");
+    list->callback([&ctx, &k, list_json, noun] {
+      ctx.reads_only = true;
+      const ValueTable table = QueryList(ctx, k.list_sql, noun + "s");
+      if (*list_json) {
+        *ctx.out << JsonRows(table).dump(2) << "\n";
+      } else {
+        PrintAligned(*ctx.out, table, {"ID", "Name", "Members"});
+      }
+    });
+
     auto show_id = std::make_shared<int32_t>(0);
     auto show_json = std::make_shared<bool>(false);
-    auto* show = group->add_subcommand("show", "show a " + noun + " and its members");
+    auto* show = group->add_subcommand(
+        "show", k.show == &ShowComparison
+                    ? "show a comparison and its members' key figures side by side: " +
+                          KeyFigureNames() + " (growth rates as percentages, P/E and up/down "
+                          "ratio to one decimal, prices and figures to two)"
+                    : "show a " + noun + " and its members");
     show->add_option("ID", *show_id, "its ID")->required()->check(WholeNumberId());
     show->add_flag("--json", *show_json, "print it as one JSON object");
     show->callback([&ctx, &k, show_id, show_json, noun] {

@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "cli/context.h"
 #include "cli/json_values.h"
+#include "cli/table_output.h"
 #include "services/create_database.h"
 #include "services/sqlite_database.h"
 
@@ -82,8 +83,12 @@ void AddDatabaseCommands(CLI::App& app, Context& ctx) {
   auto sql_text = std::make_shared<std::string>();
   auto sql_json = std::make_shared<bool>(false);
   sql->add_option("TEXT", *sql_text, "the SQL text (Jet dialect), one statement")->required();
-  sql->add_flag("--json", *sql_json, "print the rows as a JSON array of objects");
-  sql->callback([&ctx, sql_text, sql_json] {
+  auto sql_csv = std::make_shared<bool>(false);
+  auto* json_flag = sql->add_flag("--json", *sql_json, "print the rows as a JSON array of objects");
+  sql->add_flag("--csv", *sql_csv, "print the rows as CSV: a header row of the column names, "
+                                   "values unrounded")
+      ->excludes(json_flag);
+  sql->callback([&ctx, sql_text, sql_json, sql_csv] {
     kwxLoader& loader = ctx.OpenLoader();
     IDatabase* db = loader.database().get();
     if (db == nullptr) throw CommandError("no database object");
@@ -107,6 +112,8 @@ void AddDatabaseCommands(CLI::App& app, Context& ctx) {
     }
     if (*sql_json) {
       PrintRowsJson(*ctx.out, fields, data);
+    } else if (*sql_csv) {
+      PrintCsv(*ctx.out, RowSetTable(fields, data));
     } else {
       PrintRows(*ctx.out, fields, data);
     }

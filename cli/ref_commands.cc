@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "cli/context.h"
 #include "cli/study_lookup.h"
+#include "cli/table_output.h"
 
 namespace kwx::cli {
 namespace {
@@ -42,13 +43,16 @@ const RefTable kTables[] = {
 };
 
 void PrintList(std::ostream& out, const Variant& ids, const Variant& names) {
-  if (!ids.IsArray() || !names.IsArray()) return;
-  const SafeArray& id_list = ids.AsArray();
-  const SafeArray& name_list = names.AsArray();
-  for (int32_t i = id_list.LBound(); i <= id_list.UBound(); ++i) {
-    if (id_list(i).IsEmpty()) continue;  // an empty table reads as one empty element
-    out << CStr(id_list(i)) << "\t" << (name_list(i).IsNull() ? "" : CStr(name_list(i))) << "\n";
+  TextTable table({{"ID", Align::kRight}, {"Name", Align::kLeft}});
+  if (ids.IsArray() && names.IsArray()) {
+    const SafeArray& id_list = ids.AsArray();
+    const SafeArray& name_list = names.AsArray();
+    for (int32_t i = id_list.LBound(); i <= id_list.UBound(); ++i) {
+      if (id_list(i).IsEmpty()) continue;  // an empty table reads as one empty element
+      table.AddRow({CStr(id_list(i)), name_list(i).IsNull() ? "" : CStr(name_list(i))});
+    }
   }
+  table.Print(out);
 }
 
 Variant OneElement(Variant v) {

@@ -13,68 +13,48 @@
 #include "cli/commands.h"
 #include "cli/company_json.h"
 #include "cli/context.h"
+#include "cli/series_table.h"
 #include "cli/study_lookup.h"
-#include "cli/json_values.h"
+#include "cli/table_output.h"
 #include "model/company.h"
 
 namespace kwx::cli {
 namespace {
 
-// The columns of `kwx list`, as the query reports them.
-constexpr const char* kListColumns[] = {"CompanyID", "strSymbol",   "Exchange",
-                                        "strName",   "sngCurPrice", "datDataUpdated"};
+// The headers of `kwx list`'s aligned form, one per column of its query; the CSV and JSON
+// forms use the query's column names.
+const std::vector<std::string> kListHeaders = {"ID", "Symbol", "Exchange", "Name", "Price",
+                                               "Updated"};
 
 constexpr const char* kListSql =
     "select C.CompanyID, C.strSymbol, E.Exchange, C.strName, C.sngCurPrice, C.datDataUpdated "
     "from Company AS C LEFT JOIN Exchange AS E ON C.ExchangeID = E.ExchangeID "
     "order by C.strSymbol, C.CompanyID";
 
-// A value as the text tables show it: dates ISO (the zero date, a date never set, as blank),
-// numbers by their shortest text.
-std::string Cell(const Variant& v) {
-  if (v.IsEmpty() || v.IsNull() || v.IsArray() || v.IsObject()) return "";
-  if (v.type() == VarType::Date) return v.AsDate().serial == 0 ? "" : Format(v, "yyyy-mm-dd");
-  if (v.type() == VarType::String) return TextFromSql(v);
-  return CStr(v);
-}
-
 void PrintSummary(std::ostream& out, const Company& c) {
+  const auto date = [](Date d) { return DisplayText(Variant(d)); };
   out << c.strName << " (" << c.strSymbol << " on " << c.ExchangeID << "), CompanyID "
       << c.CompanyID << "\n";
   out << "Sector: " << c.SectorID << "   Industry: " << c.IndustryID
       << "   Data source: " << c.DataSourceID << "\n";
-  out << "Price " << Cell(Variant(c.sngCurPrice)) << " (52-week " << Cell(Variant(c.sngLowPrice52W))
-      << " - " << Cell(Variant(c.sngHighPrice52W)) << ")   P/E " << Cell(Variant(c.sngCurPE))
-      << "   Yield " << Cell(Variant(c.sngCurYield)) << "   Updated "
-      << Cell(Variant(c.datDataUpdated)) << "\n";
-  out << "Last fiscal year " << Cell(Variant(c.datLastFY)) << "   Latest quarter "
-      << Cell(Variant(c.datLatestQEnding)) << "   Data years " << c.intNumDataYears << "\n";
+  out << "Price " << Grouped(c.sngCurPrice) << " (52-week " << Grouped(c.sngLowPrice52W) << " - "
+      << Grouped(c.sngHighPrice52W) << ")   P/E " << Ratio(c.sngCurPE) << "   Yield "
+      << Percent(c.sngCurYield) << "   Updated " << date(c.datDataUpdated) << "\n";
+  out << "Last fiscal year " << date(c.datLastFY) << "   Latest quarter "
+      << date(c.datLatestQEnding) << "   Data years " << c.intNumDataYears << "\n";
 
   out << "\nYearly\n";
-  bool first = true;
-  for (const auto& b : YearlyRow::Bindings()) {
-    out << (first ? "" : "\t") << b.column.name;
-    first = false;
-  }
-  out << "\n";
-  for (const YearlyRow& row : c.Yearly) {
-    first = true;
-    for (const auto& b : YearlyRow::Bindings()) {
-      out << (first ? "" : "\t") << Cell(GetField(row, b));
-      first = false;
-    }
-    out << "\n";
-  }
+  PrintAligned(out, SeriesTable(c, "yearly"));
 
   const JudgmentAnalysisGroup& a = c.JudgmentAnalysis;
   out << "\nJudgment\n";
-  out << "Projected growth: revenue " << Cell(Variant(c.sngRevProjGrRate)) << "%, EPS "
-      << Cell(Variant(c.sngEPSProjGrRate)) << "%\n";
-  out << "Projected P/E: high " << Cell(Variant(a.sngProjAvgPEHigh)) << ", low "
-      << Cell(Variant(a.sngProjAvgPELow)) << "\n";
-  out << "Estimated prices: high " << Cell(Variant(a.sngEstHighPrice)) << ", low "
-      << Cell(Variant(c.sngEstLowPrice)) << "   Up/down ratio " << Cell(Variant(c.sngUpDownRatio))
-      << "   Total return " << Cell(Variant(c.sngTotalReturn)) << "%\n";
+  out << "Projected growth: revenue " << Percent(c.sngRevProjGrRate) << ", EPS "
+      << Percent(c.sngEPSProjGrRate) << "\n";
+  out << "Projected P/E: high " << Ratio(a.sngProjAvgPEHigh) << ", low "
+      << Ratio(a.sngProjAvgPELow) << "\n";
+  out << "Estimated prices: high " << Grouped(a.sngEstHighPrice) << ", low "
+      << Grouped(c.sngEstLowPrice) << "   Up/down ratio " << Ratio(c.sngUpDownRatio)
+      << "   Total return " << Percent(c.sngTotalReturn) << "\n";
   if (!c.Notes.empty()) out << "\nNotes\n" << c.Notes << "\n";
 }
 
@@ -99,41 +79,23 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
   });
 
   auto list_json = std::make_shared<bool>(false);
+  auto list_csv = std::make_shared<bool>(false);
   auto* list = app.add_subcommand("list", "list the studies: ID, symbol, exchange, name, price, "
                                           "last updated");
-  list->add_flag("--json", *list_json, "print a JSON array of objects");
-  list->callback([&ctx, list_json] {
+  auto* json_flag = list->add_flag("--json", *list_json, "print a JSON array of objects");
+  list->add_flag("--csv", *list_csv, "print CSV: a header row of the column names, then a "
+                                     "record per study, values unrounded")
+      ->excludes(json_flag);
+  list->callback([&ctx, list_json, list_csv] {
     ctx.reads_only = true;
-    kwxLoader& loader = ctx.OpenLoader();
-    Variant data;
-    Variant fields;
-    loader.Access_GetCompanies(kListSql, data, fields);
-    PrintErrorReports(loader, *ctx.err);
-    if (!fields.IsArray()) throw CommandError("cannot read the company list");
-    const int32_t rows = data.IsArray() ? data.AsArray().UBound(1) + 1 : 0;
-    nlohmann::json json = nlohmann::json::array();
-    if (!*list_json) {
-      *ctx.out << "CompanyID\tSymbol\tExchange\tName\tPrice\tUpdated\n";
+    const ValueTable table = QueryList(ctx, kListSql, "company list");
+    if (*list_json) {
+      *ctx.out << JsonRows(table).dump(2) << "\n";
+    } else if (*list_csv) {
+      PrintCsv(*ctx.out, table);
+    } else {
+      PrintAligned(*ctx.out, table, kListHeaders);
     }
-    for (int32_t r = 0; r < rows; ++r) {
-      nlohmann::json item = nlohmann::json::object();
-      bool first = true;
-      for (const char* column : kListColumns) {
-        const Variant v = FieldValue(column, fields, data, r);
-        if (*list_json) {
-          item[column] = v.type() == VarType::String ? nlohmann::json(TextFromSql(v)) : ToJson(v);
-        } else {
-          *ctx.out << (first ? "" : "\t") << Cell(v);
-          first = false;
-        }
-      }
-      if (*list_json) {
-        json.push_back(std::move(item));
-      } else {
-        *ctx.out << "\n";
-      }
-    }
-    if (*list_json) *ctx.out << json.dump(2) << "\n";
   });
 
   auto delete_id = std::make_shared<int32_t>(0);

@@ -34,7 +34,7 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
   // The cache comparison ignores case: nothing new is inserted.
   EXPECT_EQ(Kwx({"--db", db, "ref", "exchange", "add", "nyse"}).out, "1\tNYSE\n");
   EXPECT_EQ(Kwx({"--db", db, "ref", "exchange", "rename", "1", "TSX"}).code, 0);
-  EXPECT_EQ(Kwx({"--db", db, "ref", "exchange", "list"}).out, "1\tTSX\n");
+  EXPECT_EQ(Kwx({"--db", db, "ref", "exchange", "list"}).out, "ID  Name\n--  ----\n 1  TSX\n");
   // A name holding an apostrophe cannot be stored; the user is told.
   EXPECT_EQ(Kwx({"--db", db, "ref", "sector", "add", "O'Hara"}).code, 1);
   EXPECT_EQ(Kwx({"--db", db, "ref", "industry", "add", "Banks"}).out, "1\tBanks\n");
@@ -42,6 +42,14 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
   CliResult rows = Kwx({"--db", db, "sql", "--json", "select Exchange from Exchange"});
   EXPECT_EQ(rows.code, 0) << rows.err;
   EXPECT_NE(rows.out.find("\"Exchange\": \"TSX\""), std::string::npos) << rows.out;
+  // As CSV a value keeps its commas, quotes and line breaks, and a column its query's name.
+  CliResult csv = Kwx({"--db", db, "sql", "--csv",
+                       "select Exchange, 'a, \"b\"' || char(10) || 'c' as Odd, 1.5 as N, "
+                       "null as Blank from Exchange"});
+  EXPECT_EQ(csv.code, 0) << csv.err;
+  EXPECT_EQ(testing::ReadCsv(csv.out),
+            (std::vector<std::vector<std::string>>{{"Exchange", "Odd", "N", "Blank"},
+                                                   {"TSX", "a, \"b\"\nc", "1.5", ""}}));
 
   // The trace holds the exact statement texts of the traced command, one JSON line each.
   const std::vector<std::string> traced = ReadLines(trace);

@@ -165,9 +165,11 @@ TEST_F(StudyCommandsTest, ListPriceAndDelete) {
   const std::string id = std::to_string(id_);
   CliResult text = Kwx({"list"});
   ASSERT_EQ(text.code, 0) << text.err;
-  EXPECT_EQ(text.out, "CompanyID\tSymbol\tExchange\tName\tPrice\tUpdated\n" + id +
-                          "\tABC\tNYSE\tAbc's Widgets\t12.5\t\n" + std::to_string(second) +
-                          "\tABD\tNYSE\tAbd\t3\t\n");
+  EXPECT_EQ(text.out,
+            "ID  Symbol  Exchange  Name           Price  Updated\n"
+            "--  ------  --------  -------------  -----  -------\n"
+            " " + id + "  ABC     NYSE      Abc's Widgets  12.50\n"
+            " " + std::to_string(second) + "  ABD     NYSE      Abd             3.00\n");
   const nlohmann::json rows = nlohmann::json::parse(Kwx({"list", "--json"}).out);
   ASSERT_EQ(rows.size(), 2u);
   EXPECT_EQ(rows[0], nlohmann::json({{"CompanyID", id_}, {"strSymbol", "ABC"}, {"Exchange", "NYSE"},
@@ -190,6 +192,85 @@ TEST_F(StudyCommandsTest, ListPriceAndDelete) {
   EXPECT_EQ(Kwx({"show", id}).code, 1);
   EXPECT_EQ(Kwx({"delete", id}).code, 1);
   EXPECT_EQ(Kwx({"list"}).out.find("ABC"), std::string::npos);
+}
+
+// `list --csv` and `series --csv` read back through an RFC 4180 reader whatever a name holds
+// (a comma, quotes, a line break); the aligned forms round, group and keep a name on its line.
+TEST_F(StudyCommandsTest, ListAndSeriesReadBackAsCsvAndLineUp) {
+  const std::string odd = std::to_string(SaveStudy("SJ", "Smith, \"Jones\"\nand Co", 1234.5f));
+  const std::vector<std::vector<std::string>> list = testing::ReadCsv(Kwx({"list", "--csv"}).out);
+  ASSERT_EQ(list.size(), 3u);
+  EXPECT_EQ(list[0], (std::vector<std::string>{"CompanyID", "strSymbol", "Exchange", "strName",
+                                               "sngCurPrice", "datDataUpdated"}));
+  EXPECT_EQ(list[2], (std::vector<std::string>{odd, "SJ", "NYSE", "Smith, \"Jones\"\nand Co",
+                                               "1234.5", ""}));
+  const std::string text = Kwx({"list"}).out;
+  EXPECT_NE(text.find("  Smith, \"Jones\" and Co  1,234.50\n"), std::string::npos) << text;
+
+  // One row per element, dated as a save dates it: fiscal years back from datLastFY, fiscal
+  // quarters back from its last quarter, months back from the latest monthly data.
+  struct Case {
+    std::string series;
+    size_t rows;
+    std::vector<std::string> header_start;
+    std::vector<std::string> first, second;
+  } cases[] = {
+      {"yearly", 10, {"Year", "HighPrice", "LowPrice", "Sales"}, {"2023", "0", "0", "100"},
+       {"2022", "0", "0", "0"}},
+      {"quarterly", 36, {"Quarter", "Year", "EPS"}, {"4", "2023", "0"}, {"3", "2023", "0"}},
+      {"monthly", 72, {"Date", "Month", "ClosingPrice"}, {"2024-12-31", "0", "0"},
+       {"2024-11-30", "1", "0"}},
+      {"pmg", 5, {"Year", "HiPE", "LowPE"}, {"0", "25", "0"}, {"0", "0", "0"}},
+  };
+  for (const Case& c : cases) {
+    const CliResult r = Kwx({"series", "SJ", "NYSE", c.series, "--csv"});
+    ASSERT_EQ(r.code, 0) << c.series << r.err;
+    const auto rows = testing::ReadCsv(r.out);
+    ASSERT_EQ(rows.size(), c.rows + 1) << c.series;
+    const auto start = [&](const std::vector<std::string>& row) {
+      return std::vector<std::string>(row.begin(), row.begin() + c.first.size());
+    };
+    EXPECT_EQ(std::vector<std::string>(rows[0].begin(), rows[0].begin() + c.header_start.size()),
+              c.header_start) << c.series;
+    EXPECT_EQ(start(rows[1]), c.first) << c.series;
+    EXPECT_EQ(start(rows[2]), c.second) << c.series;
+  }
+  const nlohmann::json monthly = nlohmann::json::parse(Kwx({"series", odd, "monthly", "--json"}).out);
+  EXPECT_EQ(monthly[1], nlohmann::json({{"Date", "2024-11-30"}, {"Month", 1}, {"ClosingPrice", 0}}));
+  const std::string yearly = Kwx({"series", odd, "yearly"}).out;
+  EXPECT_EQ(yearly.substr(0, yearly.find('\n')),
+            "Year  HighPrice  LowPrice   Sales  TaxRate  PretaxIncome  NetIncome  BookValue   EPS   DPS"
+            "  LongTermDebt   CSO  CashFlow  CommonEquity");
+  EXPECT_NE(Kwx({"show", odd}).out.find("\n2023       0.00      0.00  100.00"), std::string::npos);
+
+  const CliResult wrong = Kwx({"series", odd, "weekly"});
+  EXPECT_EQ(wrong.code, 2);
+  EXPECT_NE(wrong.err.find("'weekly' names no series (yearly, quarterly, monthly, pmg)"),
+            std::string::npos) << wrong.err;
+}
+
+// The saved comparisons and PERT reports list with their member counts; a comparison shows its
+// members' key figures side by side.
+TEST_F(StudyCommandsTest, ComparisonsAndPertReportsListAndShowSideBySide) {
+  const std::string id = std::to_string(id_);
+  const std::string other = std::to_string(SaveStudy("XYZ", "Xyz, \"Inc\"", 1234.5f));
+  ASSERT_EQ(Kwx({"comparison", "save", "Picks", id, other}).code, 0);
+  ASSERT_EQ(Kwx({"pert", "save", "Watch", id, other}).code, 0);
+
+  EXPECT_EQ(Kwx({"comparison", "list"}).out,
+            "ID  Name   Members\n--  -----  -------\n 1  Picks        2\n");
+  EXPECT_EQ(nlohmann::json::parse(Kwx({"pert", "list", "--json"}).out),
+            nlohmann::json::parse(R"([{"PERTReportID": 1, "Name": "Watch", "Members": 2}])"));
+  const std::string shown = Kwx({"comparison", "show", "1"}).out;
+  for (const std::string line : {"                                        ABC         XYZ\n",
+                                 "\nName                          Abc's Widgets  Xyz, \"Inc\"\n",
+                                 "\nPrice                                 12.50    1,234.50\n",
+                                 "\nP/E                                    20.0        20.0\n"}) {
+    EXPECT_NE(shown.find(line), std::string::npos) << line << "\n" << shown;
+  }
+  EXPECT_NE(Kwx({"pert", "show", "1"}).out.find("\nID  Name\n--  -------------\n " + id +
+                                                 "  Abc's Widgets\n " + other + "  Xyz, \"Inc\"\n"),
+            std::string::npos);
 }
 
 }  // namespace

@@ -63,4 +63,48 @@ std::vector<std::string> ReadLines(const std::string& path) {
   return lines;
 }
 
+std::vector<std::vector<std::string>> ReadCsv(const std::string& text) {
+  std::vector<std::vector<std::string>> records;
+  std::vector<std::string> record;
+  std::string field;
+  size_t i = 0;
+  while (i < text.size()) {
+    if (text[i] == '"' && field.empty()) {
+      for (++i;; ++i) {
+        if (i >= text.size()) return {};
+        if (text[i] == '"') {
+          if (i + 1 < text.size() && text[i + 1] == '"') {
+            field += text[++i];
+            continue;
+          }
+          ++i;
+          break;
+        }
+        field += text[i];
+      }
+      if (i < text.size() && text[i] != ',' && text[i] != '\r' && text[i] != '\n') return {};
+      continue;
+    }
+    const char c = text[i++];
+    if (c == '"') return {};
+    if (c == ',') {
+      record.push_back(std::move(field));
+      field.clear();
+    } else if (c == '\r' || c == '\n') {
+      if (c == '\r' && i < text.size() && text[i] == '\n') ++i;
+      record.push_back(std::move(field));
+      field.clear();
+      records.push_back(std::move(record));
+      record.clear();
+    } else {
+      field += c;
+    }
+  }
+  if (!field.empty() || !record.empty()) {
+    record.push_back(std::move(field));
+    records.push_back(std::move(record));
+  }
+  return records;
+}
+
 }  // namespace kwx::testing

@@ -47,6 +47,12 @@ std::string ReadFile(const std::string& path);
 std::string WriteFile(const std::string& path, const std::string& bytes);
 std::vector<std::string> ReadLines(const std::string& path);
 
+// The records of a CSV text as a reader that follows RFC 4180 sees them: fields split at
+// commas, records at CRLF (or LF), a quoted field may hold commas, line breaks and doubled
+// quotes. Answers nothing when a quoted field is not closed or a quote stands inside an
+// unquoted field.
+std::vector<std::vector<std::string>> ReadCsv(const std::string& text);
+
 }  // namespace kwx::testing
 
 #endif  // KWX_TESTS_SUPPORT_TEST_UTIL_H_
