@@ -7,7 +7,7 @@
 #include "automation/safe_array.h"
 #include "cli/commands.h"
 #include "cli/context.h"
-#include "cli/json_values.h"
+#include "json/json_values.h"
 #include "services/create_database.h"
 #include "services/sqlite_database.h"
 

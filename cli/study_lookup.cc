@@ -7,7 +7,7 @@
 #include "automation/conversions.h"
 #include "automation/safe_array.h"
 #include "automation/text.h"
-#include "cli/company_json.h"
+#include "cli/error_reports.h"
 
 namespace kwx::cli {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/company_json.h"
+#include "json/company_json.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 #include "model/company.h"
 
-namespace kwx::cli {
+namespace kwx {
 namespace {
 
 // A group's object holds its columns and then the lists its table does not keep, nothing else;
@@ -36,4 +36,4 @@ TEST(CompanyJson, GroupsShowTheListsTheirTablesDoNotKeep) {
 }
 
 }  // namespace
-}  // namespace kwx::cli
+}  // namespace kwx

@@ -1,13 +1,13 @@
-#include "cli/company_json.h"
+#include "json/company_json.h"
 
 #include <initializer_list>
 #include <string>
 #include <vector>
 
-#include "cli/json_values.h"
+#include "json/json_values.h"
 #include "model/record.h"
 
-namespace kwx::cli {
+namespace kwx {
 namespace {
 
 // The columns, then the lists a group carries that its table does not keep: the JSON shows
@@ -54,14 +54,4 @@ nlohmann::json CompanyJson(const Company& company) {
   return out;
 }
 
-void PrintErrorReports(kwxLoader& loader, std::ostream& err) {
-  for (const ErrorReport& r : loader.ErrorReports()) {
-    err << "kwx: error " << r.code << " (" << r.description << ")";
-    if (!r.location.empty()) err << " in " << r.location;
-    if (!r.parameter.empty()) err << ", " << r.parameter;
-    err << "\n";
-  }
-  loader.ClearErrorReports();
-}
-
-}  // namespace kwx::cli
+}  // namespace kwx

@@ -1,15 +1,13 @@
-// A study as one JSON object, the shape every command that prints a company uses, and the
-// loader's error reports as the study commands print them.
-#ifndef KWX_CLI_COMPANY_JSON_H_
-#define KWX_CLI_COMPANY_JSON_H_
+// A study as one JSON object: the shape `kwx show --json` prints and the Python module hands
+// out, written in one place so that the two never differ.
+#ifndef KWX_JSON_COMPANY_JSON_H_
+#define KWX_JSON_COMPANY_JSON_H_
 
 #include <nlohmann/json.hpp>
-#include <ostream>
 
-#include "loader/kwx_loader.h"
 #include "model/company.h"
 
-namespace kwx::cli {
+namespace kwx {
 
 // One object: "CompanyID", every record property under its column name (SectorID, ExchangeID,
 // IndustryID and DataSourceID as the names the study holds), "Notes", then the groups under
@@ -20,11 +18,6 @@ namespace kwx::cli {
 // item lists as arrays of Booleans, Empty and Null as null). Never raises for a valid study.
 nlohmann::json CompanyJson(const Company& company);
 
-// Prints each error report the loader collected as one line on `err` ("kwx: error 13 (Type
-// mismatch) in m_ParseCompany, lngCompanyID: 7"), oldest first, then forgets them. The study
-// commands call it after every loader call whose failures are only reported.
-void PrintErrorReports(kwxLoader& loader, std::ostream& err);
+}  // namespace kwx
 
-}  // namespace kwx::cli
-
-#endif  // KWX_CLI_COMPANY_JSON_H_
+#endif  // KWX_JSON_COMPANY_JSON_H_
