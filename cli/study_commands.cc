@@ -21,15 +21,6 @@
 namespace kwx::cli {
 namespace {
 
-// The columns of `kwx list`, as the query reports them.
-constexpr const char* kListColumns[] = {"CompanyID", "strSymbol",   "Exchange",
-                                        "strName",   "sngCurPrice", "datDataUpdated"};
-
-constexpr const char* kListSql =
-    "select C.CompanyID, C.strSymbol, E.Exchange, C.strName, C.sngCurPrice, C.datDataUpdated "
-    "from Company AS C LEFT JOIN Exchange AS E ON C.ExchangeID = E.ExchangeID "
-    "order by C.strSymbol, C.CompanyID";
-
 // A value as the text tables show it: dates ISO (the zero date, a date never set, as blank),
 // numbers by their shortest text.
 std::string Cell(const Variant& v) {
@@ -108,7 +99,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
     kwxLoader& loader = ctx.OpenLoader();
     Variant data;
     Variant fields;
-    loader.Access_GetCompanies(kListSql, data, fields);
+    loader.Access_GetCompanies(kStudyListSql, data, fields);
     PrintErrorReports(loader, *ctx.err);
     if (!fields.IsArray()) throw CommandError("cannot read the company list");
     const int32_t rows = data.IsArray() ? data.AsArray().UBound(1) + 1 : 0;
@@ -119,7 +110,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
     for (int32_t r = 0; r < rows; ++r) {
       nlohmann::json item = nlohmann::json::object();
       bool first = true;
-      for (const char* column : kListColumns) {
+      for (const char* column : kStudyListColumns) {
         const Variant v = FieldValue(column, fields, data, r);
         if (*list_json) {
           item[column] = v.type() == VarType::String ? nlohmann::json(TextFromSql(v)) : ToJson(v);

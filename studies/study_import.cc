@@ -103,11 +103,6 @@ ImportStatus ReadStudyText(kwxLoader& loader, const std::string& text, enumDataF
 ImportSave SaveImportedStudy(kwxLoader& loader, StudyIndex* saved, enumDataFile format,
                              Company& company) {
   ImportSave result;
-  if (!loader.database()) {
-    result.message = "no database object";
-    return result;
-  }
-  IDatabase& db = *loader.database();
   // The KWX layout carries the industry's name but, unlike SSG, the loader adds no Industry
   // row for it, and a save resolves a name the table lacks to no industry.
   if (format == idKWX && !company.IndustryID.empty()) loader.Access_AddIndustry(company.IndustryID);
@@ -125,6 +120,22 @@ ImportSave SaveImportedStudy(kwxLoader& loader, StudyIndex* saved, enumDataFile 
     if (!found.empty()) existing = found.front();
   }
 
+  company.CompanyID = existing;
+  result = SaveWholeStudy(loader, company);
+  if (result.outcome == ImportSave::Outcome::kSaved && saved && existing == 0) {
+    saved->Add(company.CompanyID, company.strSymbol, company.ExchangeID);
+  }
+  return result;
+}
+
+ImportSave SaveWholeStudy(kwxLoader& loader, Company& company) {
+  ImportSave result;
+  if (!loader.database()) {
+    result.message = "no database object";
+    return result;
+  }
+  IDatabase& db = *loader.database();
+  const int32_t existing = company.CompanyID > 0 ? company.CompanyID : 0;
   StudyLevel level(db);
   if (existing > 0 && !ClearSeriesRows(db, existing)) {
     result.message = "the old rows of study " + std::to_string(existing) + " could not be cleared";
@@ -134,7 +145,6 @@ ImportSave SaveImportedStudy(kwxLoader& loader, StudyIndex* saved, enumDataFile 
   loader.Access_Update(company);
   if (!loader.LastUpdateCommitted() || company.CompanyID < 1) return result;
   level.Keep();
-  if (saved && existing == 0) saved->Add(company.CompanyID, company.strSymbol, company.ExchangeID);
   result.outcome = ImportSave::Outcome::kSaved;
   result.refreshed = existing > 0;
   return result;

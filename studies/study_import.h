@@ -56,6 +56,11 @@ struct ImportSave {
 ImportSave SaveImportedStudy(kwxLoader& loader, StudyIndex* saved, enumDataFile format,
                              Company& company);
 
+// Saves `company` so that the store then holds exactly its rows: a CompanyID of 1 or more
+// overwrites that saved study in place (its series rows cleared first, as a refresh clears
+// them), else a new study is added. One transaction level, as SaveImportedStudy.
+ImportSave SaveWholeStudy(kwxLoader& loader, Company& company);
+
 }  // namespace kwx
 
 #endif  // KWX_STUDIES_STUDY_IMPORT_H_

@@ -14,6 +14,15 @@
 
 namespace kwx {
 
+// The columns a list of the saved studies shows, as kStudyListSql reports them, and the query,
+// ordered by symbol and then CompanyID.
+inline constexpr const char* kStudyListColumns[] = {"CompanyID", "strSymbol",   "Exchange",
+                                                    "strName",   "sngCurPrice", "datDataUpdated"};
+inline constexpr const char* kStudyListSql =
+    "select C.CompanyID, C.strSymbol, E.Exchange, C.strName, C.sngCurPrice, C.datDataUpdated "
+    "from Company AS C LEFT JOIN Exchange AS E ON C.ExchangeID = E.ExchangeID "
+    "order by C.strSymbol, C.CompanyID";
+
 // Read once, for a caller that looks up many (an import) as well as for one lookup. A symbol
 // and an exchange name compare without regard to case and to blanks around them; an apostrophe
 // in a symbol matches the character the store keeps in its place; an empty exchange name
