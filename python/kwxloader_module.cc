@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "access/sql_text.h"
@@ -317,10 +318,10 @@ PYBIND11_MODULE(kwxloader, m) {
       "'kwx' (default: the file's extension). FileNotFoundError for no such file, ValueError "
       "for a file that holds no study of that layout.");
 
-  py::class_<Database>(m, "Database",
-                       "A study database. Database(path_or_uri) opens an existing one "
-                       "(FileNotFoundError when there is none).")
-      .def(py::init<const std::string&>(), py::arg("path_or_uri"))
+  py::class_<Database> database(m, "Database",
+                                "A study database. Database(path_or_uri) opens an existing "
+                                "one (FileNotFoundError when there is none).");
+  database.def(py::init<const std::string&>(), py::arg("path_or_uri"))
       .def_static("create", &Database::Create, py::arg("path"),
                   "Creates a new, empty study database and opens it (FileExistsError when the "
                   "path exists).")
@@ -348,20 +349,15 @@ PYBIND11_MODULE(kwxloader, m) {
       .def("delete", &Database::Delete, py::arg("company_id"),
            "Deletes a saved study with all its rows (KeyError when there is none).")
       .def("export", &Database::Export, py::arg("company_id"), py::arg("path"),
-           "Writes a saved study as a data file; the extension (.kwx or .ssg) names the layout.")
-      .def(
-          "yearly", [](Database& db, int32_t id) { return db.Series(id, "Yearly"); },
-          py::arg("company_id"), "The yearly rows of a saved study, as a list of dicts.")
-      .def(
-          "quarterly", [](Database& db, int32_t id) { return db.Series(id, "Quarterly"); },
-          py::arg("company_id"), "The quarterly rows, as a list of dicts.")
-      .def(
-          "monthly", [](Database& db, int32_t id) { return db.Series(id, "Monthly"); },
-          py::arg("company_id"), "The monthly rows, as a list of dicts.")
-      .def(
-          "pmg", [](Database& db, int32_t id) { return db.Series(id, "JudgmentPMG"); },
-          py::arg("company_id"), "The PMG rows, as a list of dicts.")
-      .def(
-          "pert", [](Database& db, int32_t id) { return db.Series(id, "JudgmentPERT"); },
-          py::arg("company_id"), "The PERT rows, as a list of dicts.");
+           "Writes a saved study as a data file; the extension (.kwx or .ssg) names the layout.");
+  // The series, each a list of row dicts under its own method.
+  const std::pair<const char*, const char*> series[] = {
+      {"yearly", "Yearly"}, {"quarterly", "Quarterly"}, {"monthly", "Monthly"},
+      {"pmg", "JudgmentPMG"}, {"pert", "JudgmentPERT"}};
+  for (const auto& [method, part] : series) {
+    database.def(
+        method, [part = part](Database& db, int32_t id) { return db.Series(id, part); },
+        py::arg("company_id"),
+        (std::string("The ") + part + " rows of a saved study, as a list of dicts.").c_str());
+  }
 }

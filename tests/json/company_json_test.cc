@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
+#include <utility>
 
+#include "automation/dates.h"
 #include "model/company.h"
 
 namespace kwx {
@@ -33,6 +36,43 @@ TEST(CompanyJson, GroupsShowTheListsTheirTablesDoNotKeep) {
   EXPECT_EQ(j["JudgmentGraph"].size(), JudgmentGraphGroup::Bindings().size());
   EXPECT_EQ(j["JudgmentAssessment"].size(), JudgmentAssessmentGroup::Bindings().size());
   EXPECT_FALSE(j.contains("vntStrikeROE"));
+}
+
+// Reading the shape back gives the study that was written, every group and series included; a
+// key the shape lacks or a value its field rejects is refused by name.
+TEST(CompanyJson, ReadingTheShapeBackGivesTheSameStudy) {
+  Company c;
+  c.CompanyID = 7;
+  c.strSymbol = "ACM";
+  c.datLastFY = DateSerial(2024, 6, 30);
+  c.Notes = "first\r\nsecond";
+  c.JudgmentAnalysis.SetProperty("vntStrikeROE", Variant("01001"));
+  c.Options.SetProperty(std::string(OptionsGroup::Bindings()[0].column.name), Variant(1.5f));
+  c.Yearly[3].Sales = 12.5f;
+  c.JudgmentPERT = {{1, -0.5f, 1.5f}, {2, -1, 2}};
+  Company back;
+  CompanyFromJson(CompanyJson(c), back);
+  EXPECT_EQ(DescribeDifferences(c, back), "");
+  EXPECT_EQ(CompanyJson(back), CompanyJson(c));
+
+  const std::pair<nlohmann::json, std::string> refused[] = {
+      {{{"noSuchField", 1}}, "noSuchField"},
+      {{{"Yearly", {{{"Nope", 1}}}}}, "Yearly[0].Nope"},
+      {{{"datLastFY", "June"}}, "datLastFY"},
+      {{{"Options", 3}}, "Options"},
+      {{{"strSymbol", {{"a", 1}}}}, "strSymbol"},
+  };
+  for (const auto& [json, key] : refused) {
+    try {
+      CompanyFromJson(json, back);
+      ADD_FAILURE() << json.dump();
+    } catch (const std::invalid_argument& e) {
+      EXPECT_NE(std::string(e.what()).find(key), std::string::npos) << e.what();
+    }
+  }
+  EXPECT_EQ(StudyFieldType("", "datLastFY"), ColumnType::Date);
+  EXPECT_EQ(StudyFieldType("Yearly", "Sales"), ColumnType::Single);
+  EXPECT_EQ(StudyFieldType("Yearly", "datLastFY"), std::nullopt);
 }
 
 }  // namespace
