@@ -178,9 +178,9 @@ class Database {
                       ("no study database at '" + path_or_uri + "'").c_str());
       throw py::error_already_set();
     }
-    if (!loader_.Access_blnOpenDatabase(path_or_uri)) {
+    if (!open_->Access_blnOpenDatabase(path_or_uri)) {
       std::string why;
-      if (const auto* sqlite = dynamic_cast<const SqliteDatabase*>(loader_.database().get())) {
+      if (const auto* sqlite = dynamic_cast<const SqliteDatabase*>(open_->database().get())) {
         if (!sqlite->LastErrorMessage().empty()) why = ": " + sqlite->LastErrorMessage();
       }
       throw py::value_error("cannot open '" + path_or_uri + "' as a study database" + why);
@@ -199,23 +199,23 @@ class Database {
 
   int32_t ImportFile(const std::string& path, const std::optional<std::string>& format) {
     const enumDataFile layout = LayoutFor(path, format);
-    Company company = ReadFile(loader_, path, format);
-    StudyIndex saved(loader_);
-    const ImportSave save = SaveImportedStudy(loader_, &saved, layout, company);
+    Company company = ReadFile(loader(), path, format);
+    StudyIndex saved(loader());
+    const ImportSave save = SaveImportedStudy(loader(), &saved, layout, company);
     if (save.outcome == ImportSave::Outcome::kAmbiguous) throw py::value_error(save.message);
     if (save.outcome != ImportSave::Outcome::kSaved) {
-      RaiseReports(loader_);
+      RaiseReports(loader());
       throw std::runtime_error("'" + path + "' could not be saved" +
                                (save.message.empty() ? "" : " (" + save.message + ")"));
     }
-    loader_.ClearErrorReports();
+    loader().ClearErrorReports();
     return company.CompanyID;
   }
 
   Company Load(int32_t company_id) {
     Company company;
-    loader_.Access_Get(company_id, "", "", company);
-    RaiseReports(loader_);
+    loader().Access_Get(company_id, "", "", company);
+    RaiseReports(loader());
     // A load that matched nothing leaves the study untouched, so its ID stays 0.
     if (company.CompanyID < 1) {
       throw py::key_error("no study with CompanyID " + std::to_string(company_id));
@@ -224,7 +224,7 @@ class Database {
   }
 
   int32_t IdOf(const std::string& symbol, const std::string& exchange) {
-    const std::vector<int32_t> found = StudyIndex(loader_).Find(symbol, exchange);
+    const std::vector<int32_t> found = StudyIndex(loader()).Find(symbol, exchange);
     const std::string named = symbol + " on " + exchange;
     if (found.empty()) throw py::key_error("no study for " + named);
     if (found.size() > 1) {
@@ -236,8 +236,8 @@ class Database {
 
   py::list List() {
     Variant data, fields;
-    loader_.Access_GetCompanies(kStudyListSql, data, fields);
-    RaiseReports(loader_);
+    loader().Access_GetCompanies(kStudyListSql, data, fields);
+    RaiseReports(loader());
     if (!fields.IsArray()) throw std::runtime_error("cannot read the study list");
     py::list out;
     const int32_t rows = data.IsArray() ? data.AsArray().UBound(1) + 1 : 0;
@@ -262,27 +262,27 @@ class Database {
       throw py::value_error(e.what());
     }
     if (company.CompanyID > 0) Load(company.CompanyID);  // KeyError for a study not saved
-    const ImportSave save = SaveWholeStudy(loader_, company);
+    const ImportSave save = SaveWholeStudy(loader(), company);
     if (save.outcome != ImportSave::Outcome::kSaved) {
-      RaiseReports(loader_);
+      RaiseReports(loader());
       throw std::runtime_error("the study could not be saved" +
                                (save.message.empty() ? "" : " (" + save.message + ")"));
     }
-    loader_.ClearErrorReports();
+    loader().ClearErrorReports();
     return company.CompanyID;
   }
 
   void Delete(int32_t company_id) {
     Load(company_id);
-    loader_.Access_Delete(company_id);
-    RaiseReports(loader_);
+    loader().Access_Delete(company_id);
+    RaiseReports(loader());
   }
 
   void Export(int32_t company_id, const std::string& path) {
     Company company = Load(company_id);
     const enumDataFile layout = LayoutFor(path, std::nullopt);
-    const bool written = layout == idKWX ? loader_.KWX_Update(company, path)
-                                         : loader_.SSG_Update(company, path);
+    const bool written = layout == idKWX ? loader().KWX_Update(company, path)
+                                         : loader().SSG_Update(company, path);
     if (!written) throw std::runtime_error("cannot write '" + path + "'");
   }
 
@@ -293,9 +293,17 @@ class Database {
 
   const std::string& path() const { return path_; }
 
+  // Closes the file; every later call raises ValueError.
+  void Close() { open_.reset(); }
+
  private:
+  kwxLoader& loader() {
+    if (!open_) throw py::value_error("the database '" + path_ + "' is closed");
+    return *open_;
+  }
+
   std::string path_;
-  kwxLoader loader_;
+  std::unique_ptr<kwxLoader> open_ = std::make_unique<kwxLoader>();
 };
 
 }  // namespace
@@ -326,6 +334,9 @@ PYBIND11_MODULE(kwxloader, m) {
                   "Creates a new, empty study database and opens it (FileExistsError when the "
                   "path exists).")
       .def_property_readonly("path", &Database::path)
+      .def("close", &Database::Close, "Closes the database file; later calls raise ValueError.")
+      .def("__enter__", [](py::object self) { return self; })
+      .def("__exit__", [](Database& db, py::args) { db.Close(); })
       .def("import_file", &Database::ImportFile, py::arg("path"), py::arg("format") = py::none(),
            "Imports an SSG or KWX file and saves the study: a study saved already under the "
            "same symbol and exchange is refreshed in place. Returns its CompanyID.")

@@ -108,6 +108,10 @@ def test_errors_say_why(db, tmp_path):
         with pytest.raises(error, match=re.escape(text)):
             call()
     assert db.list() == []
+    with kwxloader.Database(db.path) as again:
+        assert again.list() == []
+    with pytest.raises(ValueError, match="closed"):
+        again.list()
 
 
 def test_readme_python_example_runs(tmp_path, monkeypatch, capsys):
