@@ -41,8 +41,8 @@ enumDataFile FormatOf(const std::string& path, const std::string& forced) {
 }
 
 // Reads one study from `path` (standard input for "-", decoded and split as a file is) into
-// `company`. A file whose fields have the other layout is refused before anything is mapped,
-// with the reason written to `err`.
+// `company`. A file whose fields have the other layout is refused before anything is mapped;
+// why nothing was read is written to `err`.
 bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
                Company& company) {
   ImportStatus status;
@@ -55,6 +55,8 @@ bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDat
   if (status.problem == ImportProblem::kNotThatLayout) {
     *ctx.err << "kwx: '" << path << "' does not have the " << LayoutName(format)
              << " layout (is --format right?)\n";
+  } else if (!status.ok()) {
+    *ctx.err << "kwx: " << status.message << "\n";
   }
   return status.ok();
 }
