@@ -3,13 +3,14 @@
 JOBS ?= $(shell nproc)
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+SHARED_BUILD ?= build-shared
 FUZZ_BUILD ?= build-fuzz
 # Seconds each fuzz target runs for.
 FUZZ_SECONDS ?= 60
 CLANGXX := $(shell command -v clang++ 2>/dev/null)
 DEMO_DB ?= $(BUILD)/demo/studies.db
 
-.PHONY: deps build demo test test-plain test-asan fuzz bench bench-quick clean
+.PHONY: deps build demo test test-plain test-shared test-asan fuzz bench bench-quick clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -23,10 +24,19 @@ demo: build
 	@bash scripts/demo.sh $(BUILD)/cli/kwx $(DEMO_DB)
 
 # The fuzz targets run too when clang is on the machine.
-test: test-plain test-asan $(if $(CLANGXX),fuzz)
+test: test-plain test-shared test-asan $(if $(CLANGXX),fuzz)
 
 test-plain: build
 	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+# The libraries built shared (BUILD_SHARED_LIBS=ON), installed, and used by a separate host
+# project and by the Python tests from the installed prefix (the plain build's ctest does the
+# same with the static libraries).
+test-shared: deps
+	@cmake -S . -B $(SHARED_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_SHARED_LIBS=ON \
+	  -DKWX_BUILD_TESTS=OFF -DKWX_BUILD_BENCHMARKS=OFF >/dev/null
+	@cmake --build $(SHARED_BUILD) -j $(JOBS)
+	@bash tests/consumer/run.sh $(SHARED_BUILD) . /usr/bin/python3
 
 test-asan: deps
 	@cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DKWX_SANITIZE=ON -DKWX_BUILD_BENCHMARKS=OFF >/dev/null
@@ -50,4 +60,4 @@ bench-quick: build
 	@$(BUILD)/bench/kwx-bench --quick
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(SHARED_BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

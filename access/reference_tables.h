@@ -33,6 +33,13 @@ struct LookupCache {
   Variant names;
 };
 
+// The loader's cached reference tables.
+struct ReferenceCaches {
+  LookupCache sector;
+  LookupCache exchange;
+  LookupCache data_source;
+};
+
 // Reads the whole table into `cache` ("select * from T"). Continues past errors.
 void LoadLookupTable(IDatabase* db, const ReferenceTable& t, LookupCache& cache);
 

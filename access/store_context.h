@@ -14,13 +14,6 @@
 
 namespace kwx {
 
-// The loader's cached reference tables.
-struct ReferenceCaches {
-  LookupCache sector;
-  LookupCache exchange;
-  LookupCache data_source;
-};
-
 struct StoreContext {
   // The database object; null when it could not be created (every call then fails).
   IDatabase* db = nullptr;

@@ -10,11 +10,11 @@
 #include "automation/format.h"
 #include "automation/safe_array.h"
 #include "cli/commands.h"
-#include "cli/company_json.h"
 #include "cli/context.h"
-#include "cli/json_values.h"
+#include "cli/error_reports.h"
 #include "cli/study_lookup.h"
 #include "cli/table_output.h"
+#include "json/json_values.h"
 #include "model/comparison.h"
 #include "model/pert_report.h"
 

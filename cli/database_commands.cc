@@ -7,8 +7,8 @@
 #include "automation/safe_array.h"
 #include "cli/commands.h"
 #include "cli/context.h"
-#include "cli/json_values.h"
 #include "cli/table_output.h"
+#include "json/json_values.h"
 #include "services/create_database.h"
 #include "services/sqlite_database.h"
 

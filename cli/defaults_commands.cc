@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/company_json.h"
 #include "cli/context.h"
+#include "cli/error_reports.h"
 #include "cli/study_lookup.h"
+#include "json/company_json.h"
 #include "model/company.h"
 
 namespace kwx::cli {

@@ -7,24 +7,22 @@
 #include <iterator>
 #include <memory>
 #include <optional>
-#include <span>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "access/sql_text.h"
 #include "automation/conversions.h"
 #include "automation/errors.h"
-#include "automation/text.h"
 #include "cli/commands.h"
-#include "cli/company_json.h"
 #include "cli/context.h"
+#include "cli/error_reports.h"
 #include "cli/progress.h"
 #include "cli/study_lookup.h"
 #include "import/layout_check.h"
+#include "json/company_json.h"
 #include "model/company.h"
-#include "model/schema.h"
 #include "services/data_file.h"
+#include "studies/study_import.h"
 
 namespace kwx::cli {
 namespace {
@@ -35,52 +33,32 @@ constexpr const char* kStandardInput = "-";
 // The layout of `path`: `forced` when given, else the file's extension. Raises CommandError
 // (exit 2) when neither names one.
 enumDataFile FormatOf(const std::string& path, const std::string& forced) {
-  std::string name = forced;
-  if (name.empty()) {
-    if (path == kStandardInput) return idSSG;  // a stream without a format is SSG
-    name = std::filesystem::path(path).extension().string();
-    if (!name.empty()) name.erase(0, 1);
+  if (forced.empty() && path == kStandardInput) return idSSG;  // a stream without a format is SSG
+  if (const auto format = forced.empty() ? LayoutOfFile(path) : LayoutNamed(forced)) {
+    return *format;
   }
-  if (EqualsNoCase(name, "ssg")) return idSSG;
-  if (EqualsNoCase(name, "kwx")) return idKWX;
   throw CommandError("cannot tell the layout of '" + path + "' (use --format ssg|kwx)", 2);
 }
 
-// The field array `path` (or standard input, whose text is kept in `stream`) gives: the
-// reader's for a file, the stream's split of the decoded text for standard input, which is
-// decoded and split as a file is.
-Variant FieldsOf(Context& ctx, kwxLoader& loader, const std::string& path, std::string& stream) {
-  if (path == kStandardInput) {
-    const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
-    stream = StreamTextOfDataFile(bytes);
-    return SplitStreamFields(stream);
-  }
-  if (!loader.reader()) return Variant();
-  std::string name = path;
-  return loader.reader()->vntImportB(name);
-}
-
-// Reads one study from `path` (or standard input) into `company`. The loader is silent about
-// files it cannot read, so a study without a symbol counts as nothing imported. A file whose
-// fields have the other layout is refused before anything is mapped, with the reason written
-// to `err`.
+// Reads one study from `path` (standard input for "-", decoded and split as a file is) into
+// `company`. A file whose fields have the other layout is refused before anything is mapped;
+// why nothing was read is written to `err`.
 bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
                Company& company) {
-  std::string stream;
-  const Variant fields = FieldsOf(ctx, loader, path, stream);
-  if (fields.IsArray() && !FieldsHaveLayout(fields, format)) {
+  ImportStatus status;
+  if (path == kStandardInput) {
+    const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
+    status = ReadStudyText(loader, StreamTextOfDataFile(bytes), format, "'" + path + "'", company);
+  } else {
+    status = ReadStudyFile(loader, path, format, company);
+  }
+  if (status.problem == ImportProblem::kNotThatLayout) {
     *ctx.err << "kwx: '" << path << "' does not have the " << LayoutName(format)
              << " layout (is --format right?)\n";
-    return false;
+  } else if (!status.ok()) {
+    *ctx.err << "kwx: " << status.message << "\n";
   }
-  if (path == kStandardInput) {
-    loader.Stream_Get(stream, company, format);
-  } else if (format == idKWX) {
-    loader.KWX_Get(path, company);
-  } else {
-    loader.SSG_Get(path, company);
-  }
-  return !company.strSymbol.empty();
+  return status.ok();
 }
 
 // Studies saved per outer transaction of a bulk import. Each study's own save nests inside
@@ -102,95 +80,35 @@ struct ReadArgs {
   bool defaults = false;
 };
 
-// The KWX layout carries the industry's name but, unlike SSG, the loader adds no Industry row
-// for it, and a save resolves a name the table lacks to no industry. The command adds the row
-// so that an imported study keeps its industry.
-void KeepIndustry(kwxLoader& loader, const Company& company) {
-  if (!company.IndustryID.empty()) loader.Access_AddIndustry(company.IndustryID);
-}
-
-// A transaction level of the study's own inside the batch: rolled back unless kept, so that
-// clearing the old rows of a refreshed study and saving it again succeed or fail together.
-class StudyLevel {
- public:
-  explicit StudyLevel(IDatabase& db) : db_(db) { db_.BeginTrans(); }
-  ~StudyLevel() {
-    if (open_) ResumeNext([&] { db_.RollbackTrans(); });
-  }
-  StudyLevel(const StudyLevel&) = delete;
-  StudyLevel& operator=(const StudyLevel&) = delete;
-  void Keep() {
-    open_ = false;
-    db_.CommitTrans();
-  }
-
- private:
-  IDatabase& db_;
-  bool open_ = true;
-};
-
-// Deletes the series rows of a saved study, so that its next save writes exactly the rows it
-// holds (a file with fewer PERT rows than the store must not leave the others behind).
-bool ClearSeriesRows(IDatabase& db, int32_t company_id) {
-  const std::string condition = "CompanyID = " + std::to_string(company_id);
-  for (const TableDef& table : AllTables()) {
-    if (table.kind != TableKind::Series) continue;
-    Variant fields, data;
-    if (!db.blnExecute(DeleteWhereSql(table.name, std::span(&condition, 1)), fields, data)) {
-      return false;
-    }
-  }
-  return true;
-}
-
-// The saved study an imported one refreshes: 0 for a new study, -1 (the reason written to
-// `err`) when its symbol and exchange name more than one saved study.
-int32_t StudyToRefresh(Context& ctx, const StudyIndex& saved, const std::string& file,
-                       const Company& company) {
-  const std::vector<int32_t> found = saved.Find(company.strSymbol, company.ExchangeID);
-  if (found.size() <= 1) return found.empty() ? 0 : found.front();
-  std::string list;
-  for (int32_t id : found) list += (list.empty() ? "" : ", ") + std::to_string(id);
-  *ctx.err << "kwx: '" << file << "' not imported: " << company.strSymbol << " on "
-           << company.ExchangeID << " names " << found.size() << " saved studies (IDs " << list
-           << "); delete the extra ones, or import with --new\n";
-  return -1;
-}
-
 // Imports and saves one file in a transaction level of its own inside the open batch. A study
 // whose symbol and exchange are saved already is refreshed in place (same CompanyID) unless
 // `saved` is null (--new asks for a second one). Answers the line to print once the batch has
 // committed, or nothing when the file was not saved (the reason already written to `err`).
-std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, IDatabase& db,
-                                     StudyIndex* saved, const std::string& file,
-                                     enumDataFile format, const ImportArgs& args) {
+std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, StudyIndex* saved,
+                                     const std::string& file, enumDataFile format,
+                                     const ImportArgs& args) {
   Company company;
   if (!ReadStudy(ctx, loader, file, format, company)) {
     *ctx.err << "kwx: nothing imported from '" << file << "'\n";
     return std::nullopt;
   }
   if (args.defaults) loader.ComputeDefaults(company);
-  if (format == idKWX) KeepIndustry(loader, company);  // the SSG import stored it already
-  const int32_t existing = saved ? StudyToRefresh(ctx, *saved, file, company) : 0;
-  if (existing < 0) return std::nullopt;
-
-  StudyLevel level(db);
-  if (existing > 0 && !ClearSeriesRows(db, existing)) {
-    *ctx.err << "kwx: '" << file << "' could not be saved (the old rows of study " << existing
-             << " could not be cleared)\n";
-    return std::nullopt;
-  }
-  company.CompanyID = existing;
-  loader.Access_Update(company);
+  const ImportSave save = SaveImportedStudy(loader, saved, format, company);
   PrintErrorReports(loader, *ctx.err);
-  if (!loader.LastUpdateCommitted() || company.CompanyID < 1) {
-    *ctx.err << "kwx: '" << file << "' could not be saved\n";
-    return std::nullopt;
+  switch (save.outcome) {
+    case ImportSave::Outcome::kAmbiguous:
+      *ctx.err << "kwx: '" << file << "' not imported: " << save.message
+               << "; delete the extra ones, or import with --new\n";
+      return std::nullopt;
+    case ImportSave::Outcome::kNotSaved:
+      *ctx.err << "kwx: '" << file << "' could not be saved"
+               << (save.message.empty() ? "" : " (" + save.message + ")") << "\n";
+      return std::nullopt;
+    case ImportSave::Outcome::kSaved:
+      break;
   }
-  level.Keep();
-  if (saved && existing == 0) saved->Add(company.CompanyID, company.strSymbol, company.ExchangeID);
   return std::to_string(company.CompanyID) + "\t" + company.strSymbol + "\t" + company.strName +
-         (existing > 0 ? "\tupdated" : "") + "\n";
+         (save.refreshed ? "\tupdated" : "") + "\n";
 }
 
 struct ExportArgs {
@@ -253,8 +171,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         bar.Clear();
         std::optional<std::string> line;
         try {
-          line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i], formats[i],
-                           *im);
+          line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i], *im);
         } catch (const std::exception& e) {
           *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
         }

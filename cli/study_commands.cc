@@ -11,11 +11,14 @@
 #include "automation/format.h"
 #include "automation/safe_array.h"
 #include "cli/commands.h"
-#include "cli/company_json.h"
 #include "cli/context.h"
+#include "cli/error_reports.h"
 #include "cli/series_table.h"
 #include "cli/study_lookup.h"
 #include "cli/table_output.h"
+#include "json/company_json.h"
+#include "json/json_values.h"
+#include "studies/study_index.h"
 #include "model/company.h"
 
 namespace kwx::cli {
@@ -25,11 +28,6 @@ namespace {
 // forms use the query's column names.
 const std::vector<std::string> kListHeaders = {"ID", "Symbol", "Exchange", "Name", "Price",
                                                "Updated"};
-
-constexpr const char* kListSql =
-    "select C.CompanyID, C.strSymbol, E.Exchange, C.strName, C.sngCurPrice, C.datDataUpdated "
-    "from Company AS C LEFT JOIN Exchange AS E ON C.ExchangeID = E.ExchangeID "
-    "order by C.strSymbol, C.CompanyID";
 
 void PrintSummary(std::ostream& out, const Company& c) {
   const auto date = [](Date d) { return DisplayText(Variant(d)); };
@@ -88,7 +86,7 @@ void AddStudyCommands(CLI::App& app, Context& ctx) {
       ->excludes(json_flag);
   list->callback([&ctx, list_json, list_csv] {
     ctx.reads_only = true;
-    const ValueTable table = QueryList(ctx, kListSql, "company list");
+    const ValueTable table = QueryList(ctx, kStudyListSql, "company list");
     if (*list_json) {
       *ctx.out << JsonRows(table).dump(2) << "\n";
     } else if (*list_csv) {

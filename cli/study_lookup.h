@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "cli/context.h"
 #include "model/company.h"
+#include "studies/study_index.h"
 
 namespace kwx::cli {
 
@@ -22,38 +22,6 @@ int32_t ParseId(std::string_view word, std::string_view what = "a company ID");
 // The check every ID option of the commands carries, so that CLI11 never reads a word such as
 // "1.5" or "010" as some other number: the same rule as ParseId.
 CLI::Validator WholeNumberId();
-
-// The saved studies by symbol and exchange, read once, for a command that looks up many (an
-// import) as well as for one lookup. A symbol and an exchange name compare without regard to
-// case and to blanks around them; an apostrophe in a symbol matches the character the store
-// keeps in its place; an empty exchange name matches studies saved with no exchange.
-class StudyIndex {
- public:
-  // Reads the symbol and exchange of every saved study through `loader`, which must outlive the
-  // index. Raises CommandError when the studies cannot be read.
-  explicit StudyIndex(kwxLoader& loader);
-
-  // The CompanyIDs saved with `symbol` on the exchange named `exchange`, smallest first.
-  std::vector<int32_t> Find(std::string_view symbol, std::string_view exchange) const;
-  // Records a study saved after the index was read.
-  void Add(int32_t id, std::string_view symbol, std::string_view exchange);
-
- private:
-  struct Key {
-    int32_t exchange_id;
-    std::string symbol;  // trimmed, as the store holds it
-  };
-  struct KeyHash {
-    size_t operator()(const Key& key) const noexcept;
-  };
-  struct KeyEqual {
-    bool operator()(const Key& a, const Key& b) const noexcept;
-  };
-  std::vector<int32_t> ExchangeIds(std::string_view name) const;
-
-  kwxLoader& loader_;
-  std::unordered_map<Key, std::vector<int32_t>, KeyHash, KeyEqual> studies_;
-};
 
 // The CompanyID named by `words`: one word, a company ID (ParseId); two words, a symbol and an
 // exchange (StudyIndex). Raises CommandError: exit 2 for words that name no study (not a

@@ -9,9 +9,9 @@
 #include "access/sql_text.h"
 #include "automation/conversions.h"
 #include "automation/safe_array.h"
-#include "cli/company_json.h"
 #include "cli/context.h"
-#include "cli/json_values.h"
+#include "cli/error_reports.h"
+#include "json/json_values.h"
 
 namespace kwx::cli {
 namespace {

@@ -1,5 +1,6 @@
 #include "loader/kwx_loader.h"
 
+#include "access/store_context.h"
 #include "automation/errors.h"
 #include "automation/registry.h"
 #include "services/builtin_services.h"

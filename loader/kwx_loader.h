@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "access/error_report.h"
-#include "access/store_context.h"
+#include "access/reference_tables.h"
 #include "automation/services.h"
 #include "automation/value_types.h"
 #include "automation/variant.h"
@@ -20,9 +20,26 @@ namespace kwx {
 class Company;
 class Comparison;
 class PERTReport;
+struct StoreContext;
 
 // The data-file layouts.
 enum enumDataFile : int32_t { idSSG = 0, idKWX = 1 };
+
+// Why the latest SSG_Get, KWX_Get or Stream_Get gave no study (ImportStatus::problem).
+enum class ImportProblem : int32_t {
+  kNone = 0,       // the fields had the layout asked for and were mapped
+  kNoSuchFile,     // the path names no file
+  kNotThatLayout,  // the fields are not of the layout asked for (see LastImportStatus)
+  kUnreadable,     // no fields: the file could not be read, holds no text, or the reader failed
+};
+
+// What the latest import found, for a host that must tell a person why nothing was read.
+struct ImportStatus {
+  ImportProblem problem = ImportProblem::kNone;
+  // For a person, naming the file: "no such file: 'a.kwx'". Empty when problem is kNone.
+  std::string message;
+  bool ok() const noexcept { return problem == ImportProblem::kNone; }
+};
 
 // Program platform values: 1 selects the SP build of the service libraries; every other value
 // is the plain build and is stored as 0.
@@ -155,9 +172,20 @@ class kwxLoader {
   // layout). A file that cannot be read leaves the study untouched. Never raises.
   void SSG_Get(const std::string& strFileName, Company& objCompany);
   void KWX_Get(const std::string& strFileName, Company& objCompany);
+  // Maps the field array the data-file object read from the file `strFileName` (its
+  // vntImportB, read beforehand: a bulk import reads the next files while it saves) onto
+  // `objCompany` exactly as SSG_Get and KWX_Get map what they read, LastImportStatus included;
+  // an Empty array is a file that could not be read. Never raises.
+  void Fields_Get(const Variant& vntFields, const std::string& strFileName, Company& objCompany,
+                  enumDataFile DataFileFormat);
   // Maps a text held in memory, one field per line (CR LF or CR line ends), onto `objCompany`.
   void Stream_Get(const std::string& strData, Company& objCompany,
                   enumDataFile DataFileFormat = idSSG);
+  // Why the latest SSG_Get, KWX_Get or Stream_Get read no study, kNone when its fields had the
+  // layout asked for (kNone too before the first import). The members themselves stay silent
+  // and map as they always do: an SSG array of the wrong layout is still mapped, a KWX one is
+  // not, so a host that wants nothing mapped from a wrong file checks FieldsHaveLayout first.
+  const ImportStatus& LastImportStatus() const noexcept { return last_import_; }
   // Write `objCompany` as a data file; true when the data-file object wrote it.
   bool SSG_Update(Company& objCompany, const std::string& strFileName);
   bool KWX_Update(Company& objCompany, const std::string& strFileName);
@@ -203,6 +231,9 @@ class kwxLoader {
   // Maps a field array onto the study by `format` (0 SSG, 1 KWX), then recomputes the
   // dilution and reconciles the reference names with their tables.
   void ImportFieldArray(const Variant& fields, Company& objCompany, int32_t format);
+  // SSG_Get and KWX_Get: reads the file through the reader object, records why it gave no
+  // study, and maps what it gave.
+  void ImportDataFile(const std::string& strFileName, Company& objCompany, enumDataFile format);
 
   int32_t platform_ = kPlatformPlain;
   std::shared_ptr<IDatabase> database_;
@@ -210,6 +241,7 @@ class kwxLoader {
   ReferenceCaches caches_;
   Variant trend_;  // never assigned
   bool last_update_committed_ = false;
+  ImportStatus last_import_;
   ErrorLog errors_;
 };
 

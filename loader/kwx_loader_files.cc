@@ -1,5 +1,7 @@
 // The loader's data-file and stream members and the import dispatch they share.
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "access/reference_tables.h"
 #include "automation/conversions.h"
@@ -9,6 +11,7 @@
 #include "export/kwx_export.h"
 #include "export/ssg_export.h"
 #include "import/kwx_import.h"
+#include "import/layout_check.h"
 #include "import/ssg_import.h"
 #include "loader/kwx_loader.h"
 #include "model/company.h"
@@ -40,22 +43,54 @@ bool WriteFields(IDataFile* writer, const std::string& file_name, Variant fields
   return written;
 }
 
+// kNone when `fields` have the layout `format`, else kNotThatLayout naming `what`.
+ImportStatus FieldsStatus(const Variant& fields, int32_t format, const std::string& what) {
+  if (FieldsHaveLayout(fields, format)) return {};
+  const std::string_view layout = LayoutName(format);
+  return {ImportProblem::kNotThatLayout,
+          layout.empty() ? what + ": " + std::to_string(format) + " is no data-file layout"
+                         : what + " does not have the " + std::string(layout) + " layout"};
+}
+
 }  // namespace
 
 void kwxLoader::SSG_Get(const std::string& strFileName, Company& objCompany) {
-  ResumeNext([&] {
-    if (!reader_) throw AutomationError(err::kObjectNotSet);
-    std::string path = strFileName;
-    ImportFieldArray(reader_->vntImportB(path), objCompany, idSSG);
-  });
+  ImportDataFile(strFileName, objCompany, idSSG);
 }
 
 void kwxLoader::KWX_Get(const std::string& strFileName, Company& objCompany) {
-  ResumeNext([&] {
+  ImportDataFile(strFileName, objCompany, idKWX);
+}
+
+void kwxLoader::ImportDataFile(const std::string& strFileName, Company& objCompany,
+                               enumDataFile format) {
+  Variant fields;
+  try {
     if (!reader_) throw AutomationError(err::kObjectNotSet);
     std::string path = strFileName;
-    ImportFieldArray(reader_->vntImportB(path), objCompany, idKWX);
-  });
+    fields = reader_->vntImportB(path);
+  } catch (const std::exception& e) {
+    last_import_ = {ImportProblem::kUnreadable, "cannot read '" + strFileName + "': " + e.what()};
+    return;
+  }
+  Fields_Get(fields, strFileName, objCompany, format);
+}
+
+void kwxLoader::Fields_Get(const Variant& vntFields, const std::string& strFileName,
+                           Company& objCompany, enumDataFile DataFileFormat) {
+  if (vntFields.IsArray()) {
+    last_import_ = FieldsStatus(vntFields, DataFileFormat, "'" + strFileName + "'");
+  } else {
+    // The reader answers Empty for every file it cannot read; the path tells the two apart.
+    std::error_code ec;
+    const bool exists = std::filesystem::exists(strFileName, ec);
+    last_import_ = !exists && !ec
+                       ? ImportStatus{ImportProblem::kNoSuchFile,
+                                      "no such file: '" + strFileName + "'"}
+                       : ImportStatus{ImportProblem::kUnreadable,
+                                      "cannot read '" + strFileName + "' (no text in it)"};
+  }
+  ResumeNext([&] { ImportFieldArray(vntFields, objCompany, DataFileFormat); });
 }
 
 void kwxLoader::Stream_Get(const std::string& strData, Company& objCompany,
@@ -63,7 +98,11 @@ void kwxLoader::Stream_Get(const std::string& strData, Company& objCompany,
   ResumeNext([&] {
     // The data-file reader splits a file's text by the same routine, so a file and a stream of
     // its text give the same positions.
-    ImportFieldArray(SplitStreamFields(strData), objCompany, DataFileFormat);
+    const Variant fields = SplitStreamFields(strData);
+    last_import_ = fields.IsArray() ? FieldsStatus(fields, DataFileFormat, "the text")
+                                    : ImportStatus{ImportProblem::kUnreadable,
+                                                   "the text holds no fields"};
+    ImportFieldArray(fields, objCompany, DataFileFormat);
   });
 }
 

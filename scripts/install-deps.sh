@@ -11,6 +11,7 @@ packages=(
   libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
   libcairo2-dev
+  python3-dev pybind11-dev python3-pybind11 python3-pytest
 )
 
 missing=()

@@ -140,8 +140,9 @@ TEST(FileCommands, ImportReadAndExport) {
        "",
        1,
        "1\tAAA\tAlpha\tupdated\n",
-       "missing.kwx"},
+       "no such file: '" + dir.File("missing.kwx") + "'"},
       {{"import", dir.File("missing.kwx"), blank}, "", 1, "", "imported 0 of 2 files"},
+      {{"import", blank}, "", 1, "", "'" + blank + "' holds no study (it gives no symbol)"},
       {{"import", "--format", "kwx", as_kwx}, "", 0, "3\tCCC\tGamma\n", "imported 1 of 1"},
       // A layout that cannot be told stops the command before anything is saved.
       {{"import", b, as_kwx}, "", 2, "", "--format"},

@@ -50,6 +50,7 @@ std::string KwxText(std::vector<std::pair<int, std::string>> set, const std::str
 
 using testing::ReadFile;
 using testing::TempDir;
+using testing::WriteFile;
 
 // Gives every position the KWX layout carries a value of its kind, distinct per position.
 void FillLayoutFields(Company& c) {
@@ -168,6 +169,52 @@ TEST(ImportDispatch, ImportGivesExactlyTheSeriesLengthsOfAFile) {
     EXPECT_EQ(company.Monthly.size(), 72u) << format;
     EXPECT_EQ(company.JudgmentPMG.size(), 5u) << format;
   }
+}
+
+// The members stay silent, and the loader keeps why the latest import gave no study; a good
+// import clears it.
+TEST(ImportDispatch, LastImportStatusSaysWhyNothingWasRead) {
+  TempDir tmp;
+  std::string ssg_text;
+  for (int i = 0; i < 942; ++i) ssg_text += "1\r\n";
+  const std::string ssg = WriteFile(tmp.File("a.ssg"), ssg_text);
+  const std::string kwx =
+      WriteFile(tmp.File("a.kwx"), KwxText({{4, "ACM"}, {124, "1\t2"}}, "\r\n"));
+  const std::string empty = WriteFile(tmp.File("empty.kwx"), "");
+  struct Case {
+    std::string path;
+    enumDataFile format;
+    ImportProblem problem;
+    std::string message;
+  };
+  const Case cases[] = {
+      {kwx, idKWX, ImportProblem::kNone, ""},
+      {tmp.File("none.kwx"), idKWX, ImportProblem::kNoSuchFile,
+       "no such file: '" + tmp.File("none.kwx") + "'"},
+      {ssg, idKWX, ImportProblem::kNotThatLayout, "'" + ssg + "' does not have the KWX layout"},
+      {kwx, idSSG, ImportProblem::kNotThatLayout, "'" + kwx + "' does not have the SSG layout"},
+      {empty, idKWX, ImportProblem::kUnreadable, "cannot read '" + empty + "' (no text in it)"},
+      {tmp.path().string(), idSSG, ImportProblem::kUnreadable,
+       "cannot read '" + tmp.path().string() + "' (no text in it)"},
+      {ssg, idSSG, ImportProblem::kNone, ""},
+  };
+  kwxLoader loader;
+  for (const Case& c : cases) {
+    Company company;
+    if (c.format == idKWX) {
+      loader.KWX_Get(c.path, company);
+    } else {
+      loader.SSG_Get(c.path, company);
+    }
+    EXPECT_EQ(loader.LastImportStatus().problem, c.problem) << c.path << " " << c.format;
+    EXPECT_EQ(loader.LastImportStatus().message, c.message);
+  }
+  Company company;
+  loader.Stream_Get("", company, idKWX);
+  EXPECT_EQ(loader.LastImportStatus().message, "the text holds no fields");
+  loader.Stream_Get(ssg_text, company, idKWX);
+  EXPECT_EQ(loader.LastImportStatus().message, "the text does not have the KWX layout");
+  EXPECT_TRUE(loader.ErrorReports().empty());
 }
 
 TEST(ImportDispatch, DilutionIsRecomputedOnEveryImport) {

@@ -1,4 +1,4 @@
-#include "cli/json_values.h"
+#include "json/json_values.h"
 
 #include <charconv>
 #include <cstdlib>
@@ -8,7 +8,7 @@
 #include "automation/format.h"
 #include "automation/safe_array.h"
 
-namespace kwx::cli {
+namespace kwx {
 namespace {
 
 nlohmann::json ShortestSingle(float f) {
@@ -65,4 +65,4 @@ nlohmann::json ToJson(const Variant& v) {
   return nullptr;
 }
 
-}  // namespace kwx::cli
+}  // namespace kwx
