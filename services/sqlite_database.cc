@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
@@ -181,11 +180,7 @@ bool Run(sqlite3* db, sqlite3_stmt* stmt, StatementCache::Entry* entry, int32_t&
 void SqliteDatabase::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
 
 SqliteDatabase::SqliteDatabase()
-    : statements_(std::make_unique<StatementCache>(kCachedStatements)) {
-  if (const char* path = std::getenv("KWX_TRACE_SQL"); path != nullptr && *path != '\0') {
-    SetTraceFile(path);
-  }
-}
+    : statements_(std::make_unique<StatementCache>(kCachedStatements)) {}
 
 // Closing finalizes the compiled statements first; a connection closed with live statements
 // would linger, and all its memory with it.
@@ -268,7 +263,7 @@ bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant
     row_count_ = 0;
   }
   // A failing trace sink must not change the statement's answer.
-  ResumeNext([&] { Trace(sql, ok); });
+  ResumeNext([&] { trace_.Write(sql, ok, row_count_); });
   return ok;
 }
 
@@ -453,32 +448,10 @@ void SqliteDatabase::RollbackTrans() {
   }
 }
 
-bool SqliteDatabase::SetTraceFile(const std::string& path) {
-  trace_file_.close();
-  trace_file_.clear();
-  if (path.empty()) return true;
-  trace_file_.open(path, std::ios::out | std::ios::app | std::ios::binary);
-  return trace_file_.is_open();
-}
+bool SqliteDatabase::SetTraceFile(const std::string& path) { return trace_.SetFile(path); }
 
 void SqliteDatabase::SetTraceCallback(TraceCallback callback) {
-  trace_callback_ = std::move(callback);
-}
-
-void SqliteDatabase::Trace(const std::string& sql, bool ok) {
-  if (!trace_file_.is_open() && !trace_callback_) return;
-  nlohmann::ordered_json entry;
-  entry["sql"] = sql;
-  entry["ok"] = ok;
-  entry["rows"] = row_count_;
-  // Text that is not valid UTF-8 must not stop the trace (or the statement): bad bytes are
-  // replaced in the trace line only.
-  const std::string line = entry.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  if (trace_file_.is_open()) {
-    trace_file_ << line << '\n';
-    trace_file_.flush();
-  }
-  if (trace_callback_) trace_callback_(line);
+  trace_.SetCallback(std::move(callback));
 }
 
 }  // namespace kwx

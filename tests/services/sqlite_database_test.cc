@@ -12,6 +12,7 @@
 #include "automation/registry.h"
 #include "automation/safe_array.h"
 #include "services/builtin_services.h"
+#include "services/database_object.h"
 #include "tests/support/test_database.h"
 
 namespace kwx {
@@ -297,7 +298,7 @@ TEST(BuiltinServices, RegistersTheDatabaseUnderBothProgIdsWithoutReplacingDouble
   RegisterBuiltinServices();
   RegisterBuiltinServices();
   for (const char* id : {progid::kDatabase, progid::kDatabaseSP}) {
-    EXPECT_NE(std::dynamic_pointer_cast<SqliteDatabase>(CreateObjectAs<IDatabase>(id)), nullptr)
+    EXPECT_NE(std::dynamic_pointer_cast<DatabaseObject>(CreateObjectAs<IDatabase>(id)), nullptr)
         << id;
   }
 }
