@@ -8,6 +8,10 @@ FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
 CLANGXX := $(shell command -v clang++ 2>/dev/null)
 DEMO_DB ?= $(BUILD)/demo/studies.db
+# The tests run inside a throwaway PostgreSQL cluster (postgresql-common's pg_virtualenv, which
+# sets the PG* variables), so that the database suites run on the server as well as on SQLite.
+PG_VIRTUALENV := $(shell command -v pg_virtualenv 2>/dev/null)
+WITH_PG := $(if $(PG_VIRTUALENV),pg_virtualenv env KWX_TEST_PG=postgresql://)
 
 .PHONY: deps build demo test test-plain test-asan fuzz bench bench-quick clean
 
@@ -26,14 +30,14 @@ demo: build
 test: test-plain test-asan $(if $(CLANGXX),fuzz)
 
 test-plain: build
-	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+	@$(WITH_PG) ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 test-asan: deps
 	@cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DKWX_SANITIZE=ON -DKWX_BUILD_BENCHMARKS=OFF >/dev/null
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
 	@ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
+	  $(WITH_PG) ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
 # Each libFuzzer target of tests/fuzz runs for FUZZ_SECONDS from its seeds; a finding (a crash,
 # a sanitizer report or a broken check) fails. The executions of each run are written to

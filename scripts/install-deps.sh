@@ -11,6 +11,7 @@ packages=(
   libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
   libcairo2-dev
+  libpq-dev postgresql postgresql-common
 )
 
 missing=()

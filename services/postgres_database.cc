@@ -208,6 +208,17 @@ void AppendValue(std::vector<Variant>& out, std::string_view text, Kind kind) {
   out.emplace_back(std::string(text));
 }
 
+// `sql`, composed here from the declarations with its names quoted in their own case, with
+// the quotes taken off: the server keeps the names in lower case (schema_ddl_internal.h).
+std::string UnquotedNames(std::string sql) {
+  for (const TableDef& t : AllTables()) {
+    ReplaceText(sql, Quoted(t.name), t.name);
+    if (!t.key.empty()) ReplaceText(sql, Quoted(t.key), t.key);
+  }
+  ReplaceText(sql, Quoted(GetTable(TableId::Company).key), GetTable(TableId::Company).key);
+  return sql;
+}
+
 // The first word of `sql`, in lower case.
 std::string FirstWord(std::string_view sql) {
   size_t i = 0;
@@ -424,8 +435,8 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
       entry->series = ClassifySeriesShape(lifted.shape, lifted.values.size());
       const bool keyed_insert = entry->series.role == SeriesShape::Role::kInsert;
       if (keyed_insert) types.push_back(20);
-      const std::string text =
-          NumberPlaceholders(keyed_insert ? entry->series.compiled : lifted.shape);
+      const std::string text = NumberPlaceholders(
+          keyed_insert ? UnquotedNames(entry->series.compiled) : lifted.shape);
       entry->name = "kwx_" + std::to_string(prepared_.size() + 1);
       // A shape the server refuses runs as its plain translation below, which decides; inside
       // a transaction the refusal must not end the transaction, so it is tried in a savepoint.
@@ -441,9 +452,11 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
         Command(ok ? "RELEASE SAVEPOINT kwx_prepare"
                    : "ROLLBACK TO SAVEPOINT kwx_prepare; RELEASE SAVEPOINT kwx_prepare");
       }
-      if (ok) found = prepared_.emplace(std::move(signature), std::move(entry)).first;
+      // A shape the server refused is not tried again: it runs as its plain translation.
+      if (!ok) entry->name.clear();
+      found = prepared_.emplace(std::move(signature), std::move(entry)).first;
     }
-    if (found != prepared_.end()) {
+    if (!found->second->name.empty()) {
       prepared = found->second.get();
       texts.reserve(lifted.values.size() + 1);
       for (const SqlParameter& v : lifted.values) {
@@ -605,7 +618,7 @@ std::optional<int64_t> PostgresDatabase::NewSeriesKey(int table, const SqlParame
   std::string& name = highest_key_[table];
   if (name.empty()) {
     // HighestKeySql names its one parameter "?1", which the server spells "$1".
-    std::string text = HighestKeySql(table);
+    std::string text = UnquotedNames(HighestKeySql(table));
     ReplaceText(text, "?1", "$1");
     const std::string candidate = "kwx_highest_" + std::to_string(table);
     const Oid types[] = {20};
