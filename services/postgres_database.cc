@@ -193,6 +193,11 @@ void AppendValue(std::vector<Variant>& out, std::string_view text, Kind kind) {
       out.emplace_back(std::strtod(std::string(text).c_str(), nullptr));
       return;
     case Kind::Date:
+      // A number in a date column is a serial date, as a file keeps it.
+      if (ReadNumber(text, real)) {
+        out.emplace_back(Date{real});
+        return;
+      }
       if (std::optional<Date> d = ParseStoredDateText(text)) {
         out.emplace_back(*d);
         return;
@@ -570,6 +575,7 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
         const Table* t = TableOf(table);
         if (static_cast<size_t>(column) < t->types.size()) {
           if (t->types[column] == ColumnType::Boolean) kind = Kind::Boolean;
+          if (t->types[column] == ColumnType::Integer) kind = Kind::Integer;
           if (t->types[column] == ColumnType::Date) kind = Kind::Date;
         }
       }

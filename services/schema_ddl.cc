@@ -85,6 +85,13 @@ BEGIN
     ELSE RAISE EXCEPTION 'datediff: unknown interval %', unit;
   END CASE;
 END $$)");
+  // Dates given as serial numbers (days since 12/30/1899), as the SQLite engine reads them.
+  out.push_back(R"(CREATE FUNCTION datediff(unit text, date1 double precision, date2 double precision)
+RETURNS bigint LANGUAGE sql STABLE AS $$
+SELECT CASE WHEN date1 BETWEEN -657434 AND 2958465.99999 AND date2 BETWEEN -657434 AND 2958465.99999
+  THEN datediff(unit, (timestamp '1899-12-30' + date1 * interval '1 day')::text,
+                (timestamp '1899-12-30' + date2 * interval '1 day')::text) END
+$$)");
   return out;
 }
 
@@ -132,7 +139,9 @@ std::string_view DeclaredTypeName(ColumnType type, SqlEngine engine) noexcept {
     case ColumnType::Single:
       return pg ? "REAL" : "SINGLE";
     case ColumnType::Integer:
-      return "SMALLINT";
+      // The server refuses a number a SMALLINT cannot hold, where a file keeps it; the
+      // database object still reads such a column as 16-bit.
+      return pg ? "INTEGER" : "SMALLINT";
     case ColumnType::Long:
     case ColumnType::Reference:
       return "INTEGER";

@@ -45,7 +45,7 @@ std::string SeriesKeyTrigger(const TableDef& table);
 // CREATE TABLE statements for `tables` in their order, then the CREATE INDEX statements, then
 // the key triggers of the Series tables, for `engine`. On PostgreSQL names are written
 // unquoted (the server keeps them in lower case, so statements and other programs name them
-// in any case), Booleans are SMALLINT 1/0 and dates ISO text as in a SQLite file, series keys
+// in any case), 16-bit integers INTEGER (read back as 16-bit), Booleans SMALLINT 1/0 and dates ISO text as in a SQLite file, series keys
 // are BIGINT (a study's block starts at CompanyID * kSeriesKeyBlock), and the statements
 // begin with what the loader's statements need there: the collations NOCASE and
 // kNoCaseCollation (case-insensitive in every script) and the function datediff.

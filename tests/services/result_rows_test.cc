@@ -42,6 +42,7 @@ TEST_F(DatabaseTest, KeptStatementAnswersEachRunWithItsOwnRows) {
 
 // Texts stored where a Boolean is declared are read as Booleans when they say so.
 TEST_F(DatabaseTest, BooleanColumnReadsTrueAndFalseTexts) {
+  if (testing::OnServer()) GTEST_SKIP() << "the server keeps no text in a number column";
   ASSERT_TRUE(Exec("insert into Company (strName) select 'Acme'"));
   struct Case {
     std::string stored;
