@@ -164,9 +164,9 @@ std::string StudyFiles(const testing::TempDir& dir, const std::string& prefix, i
   return paths;
 }
 
-// Real processes on one file: two imports started together both save every study (each
-// waits for the other's lock instead of failing), and a compact during an import loses no
-// study the import reported as saved.
+// Real processes on one database: two imports started together both save every study with
+// its own series (each waits for the other's lock instead of failing), and a compact during an
+// import loses no study the import reported as saved.
 TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
   testing::TempDir tmp;
   const std::string db = tmp.Database("studies.db");
@@ -192,6 +192,17 @@ TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
     EXPECT_EQ(testing::ReadFile(out + ".b.rc"), "0\n") << testing::ReadFile(out + ".b");
   }
   EXPECT_EQ(count(""), std::to_string(2 * kRounds * kFiles) + "\n");
+  // Each study loads back with its own series: all its rows, every one in its own key block.
+  for (const auto& [series, rows] : {std::pair{"Yearly", 10}, {"Monthly", 72}}) {
+    const std::string table = series;
+    const CliResult outside = Kwx({"--db", db, "sql", "select count(*) from " + table +
+                                   " where " + table + "ID / 65536 <> CompanyID"});
+    EXPECT_EQ(outside.out.substr(outside.out.find('\n') + 1), "0\n") << table;
+    const CliResult per_study = Kwx({"--db", db, "sql", "select count(*) from Company where "
+                                     "(select count(*) from " + table + " s where s.CompanyID "
+                                     "= Company.CompanyID) = " + std::to_string(rows)});
+    EXPECT_EQ(per_study.out.substr(per_study.out.find('\n') + 1), count("")) << table;
+  }
 
   const std::string c = StudyFiles(tmp, "Cx", 150);
   const std::string during = "(" + kwx + " import" + c + " >" + out + ".c 2>" + out +
