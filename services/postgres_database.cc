@@ -337,30 +337,9 @@ bool PostgresDatabase::Refuse(std::string message) {
   return false;
 }
 
-bool PostgresDatabase::ServerError() { return Refuse(ErrorOf(conn_, nullptr)); }
-
 bool PostgresDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
-  fields = Variant();
-  data = Variant();
-  row_count_ = 0;
-  last_error_.clear();
-  bool ok = false;
-  try {
-    ok = ExecuteOne(sql, fields, data);
-  } catch (const std::exception& e) {
-    last_error_ = e.what();
-  } catch (...) {
-    last_error_ = "the statement failed";
-  }
-  if (!ok) {
-    if (last_error_.empty()) last_error_ = "the statement failed";
-    fields = Variant();
-    data = Variant();
-    row_count_ = 0;
-  }
-  // A failing trace sink must not change the statement's answer.
-  ResumeNext([&] { trace_.Write(sql, ok, row_count_); });
-  return ok;
+  return trace_.Run(sql, fields, data, row_count_, last_error_,
+                    [&] { return ExecuteOne(sql, fields, data); });
 }
 
 const PostgresDatabase::Table* PostgresDatabase::TableOf(unsigned int oid) {
@@ -655,14 +634,17 @@ void PostgresDatabase::BeginTrans() {
   ++depth_;
 }
 
-void PostgresDatabase::CommitTrans() {
+bool PostgresDatabase::LevelOpen() {
   last_series_key_.reset();
   free_series_key_.reset();
-  if (conn_ == nullptr || depth_ == 0) return;
-  if (PQtransactionStatus(conn_) == PQTRANS_IDLE) {
-    depth_ = 0;
-    return;
-  }
+  if (conn_ == nullptr || depth_ == 0) return false;
+  // A statement of its own (COMMIT, ROLLBACK) may have ended the transaction.
+  if (PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
+  return depth_ > 0;
+}
+
+void PostgresDatabase::CommitTrans() {
+  if (!LevelOpen()) return;
   const bool outermost = depth_ == 1;
   // COMMIT of a transaction a statement failed in rolls it back and still answers success.
   const bool failed = PQtransactionStatus(conn_) == PQTRANS_INERROR;
@@ -681,13 +663,7 @@ void PostgresDatabase::CommitTrans() {
 }
 
 void PostgresDatabase::RollbackTrans() {
-  last_series_key_.reset();
-  free_series_key_.reset();
-  if (conn_ == nullptr || depth_ == 0) return;
-  if (PQtransactionStatus(conn_) == PQTRANS_IDLE) {
-    depth_ = 0;
-    return;
-  }
+  if (!LevelOpen()) return;
   const bool ok = Command(depth_ == 1 ? "ROLLBACK" : kRollback);
   --depth_;
   if (!ok) throw AutomationError(err::kInvalidCall, "RollbackTrans failed: " + last_error_);

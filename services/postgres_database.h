@@ -106,8 +106,9 @@ class PostgresDatabase final : public DatabaseEngine {
   bool Refuse(std::string message);
   // Runs `command` (transaction control) as a plain command; false with last_error_ set.
   bool Command(const char* command);
-  // The server's error of the connection as last_error_; answers false.
-  bool ServerError();
+  // Forgets the series keys a statement handed on (another program may write between
+  // transactions) and answers whether a transaction level is open to end.
+  bool LevelOpen();
   // The declared kinds of the columns of the table with that object id, by column number.
   const Table* TableOf(unsigned int oid);
   std::optional<int64_t> NewSeriesKey(int table, const SqlParameter& company);

@@ -244,27 +244,8 @@ bool SqliteDatabase::CloseNCompact(std::string& path) {
 }
 
 bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
-  fields = Variant();
-  data = Variant();
-  row_count_ = 0;
-  last_error_.clear();
-  bool ok = false;
-  try {
-    ok = ExecuteOne(sql, fields, data);
-  } catch (const std::exception& e) {
-    last_error_ = e.what();
-  } catch (...) {
-    last_error_ = "the statement failed";
-  }
-  if (!ok) {
-    if (last_error_.empty()) last_error_ = "the statement failed";
-    fields = Variant();
-    data = Variant();
-    row_count_ = 0;
-  }
-  // A failing trace sink must not change the statement's answer.
-  ResumeNext([&] { trace_.Write(sql, ok, row_count_); });
-  return ok;
+  return trace_.Run(sql, fields, data, row_count_, last_error_,
+                    [&] { return ExecuteOne(sql, fields, data); });
 }
 
 bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant& data) {

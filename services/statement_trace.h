@@ -9,6 +9,9 @@
 #include <string>
 #include <string_view>
 
+#include "automation/errors.h"
+#include "automation/variant.h"
+
 namespace kwx {
 
 class StatementTrace {
@@ -27,6 +30,36 @@ class StatementTrace {
   // Records one statement: {"sql": <text as received>, "ok": <bool>, "rows": <row count>}.
   // Text that is not valid UTF-8 has its bad bytes replaced in the line only.
   void Write(const std::string& sql, bool ok, int32_t rows);
+
+  // blnExecute as both engines answer it: clears the answer, runs `execute` (which fills
+  // `fields`, `data` and `row_count` and answers success, keeping a failure's reason in
+  // `last_error`), turns an exception into a failure, empties the answer of a failure (with a
+  // reason always given), and writes the trace line.
+  template <class Execute>
+  bool Run(const std::string& sql, Variant& fields, Variant& data, int32_t& row_count,
+           std::string& last_error, Execute&& execute) {
+    fields = Variant();
+    data = Variant();
+    row_count = 0;
+    last_error.clear();
+    bool ok = false;
+    try {
+      ok = execute();
+    } catch (const std::exception& e) {
+      last_error = e.what();
+    } catch (...) {
+      last_error = "the statement failed";
+    }
+    if (!ok) {
+      if (last_error.empty()) last_error = "the statement failed";
+      fields = Variant();
+      data = Variant();
+      row_count = 0;
+    }
+    // A failing trace sink must not change the statement's answer.
+    ResumeNext([&] { Write(sql, ok, row_count); });
+    return ok;
+  }
 
  private:
   std::ofstream file_;
