@@ -97,6 +97,12 @@ bool Retryable(const PGresult* result) {
   return state != nullptr && (std::strcmp(state, "40001") == 0 || std::strcmp(state, "40P01") == 0);
 }
 
+// The server refuses to run a prepared query whose result columns changed since.
+bool ResultChanged(const PGresult* result) {
+  const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+  return state != nullptr && std::strcmp(state, "0A000") == 0;
+}
+
 bool IsMultipleCommands(const PGresult* result) {
   const char* primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
   return primary != nullptr && std::strstr(primary, "multiple commands") != nullptr;
@@ -397,12 +403,13 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
 
   ParameterizedSql lifted = ParameterizeJetSql(sql);
   Prepared* prepared = nullptr;
+  std::string signature;
   std::vector<std::string> texts;
   std::vector<const char*> values;
   if (lifted.lifted) {
     // One prepared statement per shape and kinds of its values: the server types a parameter
     // once, when the shape is prepared.
-    std::string signature = lifted.shape;
+    signature = lifted.shape;
     signature += '\x01';
     std::vector<Oid> types;
     for (const SqlParameter& v : lifted.values) {
@@ -438,7 +445,7 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
       }
       // A shape the server refused is not tried again: it runs as its plain translation.
       if (!ok) entry->name.clear();
-      found = prepared_.emplace(std::move(signature), std::move(entry)).first;
+      found = prepared_.emplace(signature, std::move(entry)).first;
     }
     if (!found->second->name.empty()) {
       prepared = found->second.get();
@@ -512,6 +519,13 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
     if (depth_ == 0 && attempt < kRetries && Retryable(result.get())) {
       std::this_thread::sleep_for(kRetryPause * (attempt + 1));
       continue;
+    }
+    if (depth_ == 0 && prepared != nullptr && ResultChanged(result.get())) {
+      // The shape's result columns changed since it was prepared (a column was added): the
+      // statement runs again, prepared anew.
+      Command(("DEALLOCATE " + prepared->name).c_str());
+      prepared_.erase(signature);
+      return ExecuteOne(sql, fields, data);
     }
     return Refuse(ErrorOf(conn_, result.get()));
   }
