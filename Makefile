@@ -10,8 +10,10 @@ CLANGXX := $(shell command -v clang++ 2>/dev/null)
 DEMO_DB ?= $(BUILD)/demo/studies.db
 # The tests run inside a throwaway PostgreSQL cluster (postgresql-common's pg_virtualenv, which
 # sets the PG* variables), so that the database suites run on the server as well as on SQLite.
+# The cluster lives in a folder of its own (-t) on a port of its own, so that a server already
+# running, or another test run at the same time, is left alone.
 PG_VIRTUALENV := $(shell command -v pg_virtualenv 2>/dev/null)
-WITH_PG := $(if $(PG_VIRTUALENV),pg_virtualenv env KWX_TEST_PG=postgresql://)
+WITH_PG := $(if $(PG_VIRTUALENV),PGPORT=$$((20000 + $$$$ % 20000)) pg_virtualenv -t env KWX_TEST_PG=postgresql://)
 
 .PHONY: deps build demo test test-plain test-asan fuzz bench bench-quick clean
 
