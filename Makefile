@@ -9,6 +9,12 @@ FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
 CLANGXX := $(shell command -v clang++ 2>/dev/null)
 DEMO_DB ?= $(BUILD)/demo/studies.db
+# The tests run inside a throwaway PostgreSQL cluster (postgresql-common's pg_virtualenv, which
+# sets the PG* variables), so that the database suites run on the server as well as on SQLite.
+# The cluster lives in a folder of its own (-t) on a port of its own, so that a server already
+# running, or another test run at the same time, is left alone.
+PG_VIRTUALENV := $(shell command -v pg_virtualenv 2>/dev/null)
+WITH_PG := $(if $(PG_VIRTUALENV),PGPORT=$$((20000 + $$$$ % 20000)) pg_virtualenv -t env KWX_TEST_PG=postgresql://)
 
 .PHONY: deps build demo test test-plain test-shared test-asan fuzz bench bench-quick clean
 
@@ -27,7 +33,7 @@ demo: build
 test: test-plain test-shared test-asan $(if $(CLANGXX),fuzz)
 
 test-plain: build
-	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+	@$(WITH_PG) ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 # The libraries built shared (BUILD_SHARED_LIBS=ON), installed, and used by a separate host
 # project and by the Python tests from the installed prefix (the plain build's ctest does the
@@ -43,7 +49,7 @@ test-asan: deps
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
 	@ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
+	  $(WITH_PG) ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
 # Each libFuzzer target of tests/fuzz runs for FUZZ_SECONDS from its seeds; a finding (a crash,
 # a sanitizer report or a broken check) fails. The executions of each run are written to

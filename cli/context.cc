@@ -2,7 +2,8 @@
 
 #include <filesystem>
 
-#include "services/sqlite_database.h"
+#include "services/database_engine.h"
+#include "services/postgres_database.h"
 
 namespace kwx::cli {
 
@@ -11,8 +12,8 @@ kwxLoader& Context::Loader() {
     loader_ = std::make_unique<kwxLoader>();
     if (options.platform == "sp") loader_->ProgramPlatform(kPlatformSP);
     if (!options.trace_sql.empty()) {
-      auto* sqlite = dynamic_cast<SqliteDatabase*>(loader_->database().get());
-      if (!sqlite || !sqlite->SetTraceFile(options.trace_sql)) {
+      auto* engine = dynamic_cast<DatabaseEngine*>(loader_->database().get());
+      if (!engine || !engine->SetTraceFile(options.trace_sql)) {
         throw CommandError("cannot write the SQL trace to '" + options.trace_sql + "'", 2);
       }
     }
@@ -23,20 +24,21 @@ kwxLoader& Context::Loader() {
 kwxLoader& Context::OpenLoader() {
   kwxLoader& loader = Loader();
   if (open_) return loader;
-  if (!std::filesystem::exists(options.db_path)) {
+  // A server database is not a file; whether it can be reached shows when it is opened.
+  if (!IsPostgresUri(options.db_path) && !std::filesystem::exists(options.db_path)) {
     throw CommandError("database file '" + options.db_path +
                            "' does not exist (create it with 'kwx init' or name one with --db)",
                        2);
   }
-  if (auto* sqlite = dynamic_cast<SqliteDatabase*>(loader.database().get())) {
-    sqlite->SetUpgradeAllowed(!reads_only);
+  if (auto* engine = dynamic_cast<DatabaseEngine*>(loader.database().get())) {
+    engine->SetUpgradeAllowed(!reads_only);
   }
   if (!loader.Access_blnOpenDatabase(options.db_path)) {
     // The engine's reason (a lock held too long, an upgrade that failed) helps more than the
     // bare refusal.
     std::string why;
-    if (const auto* sqlite = dynamic_cast<const SqliteDatabase*>(loader.database().get())) {
-      if (!sqlite->LastErrorMessage().empty()) why = ": " + sqlite->LastErrorMessage();
+    if (const auto* engine = dynamic_cast<const DatabaseEngine*>(loader.database().get())) {
+      if (!engine->LastErrorMessage().empty()) why = ": " + engine->LastErrorMessage();
     }
     throw CommandError("cannot open '" + options.db_path + "' as a study database" + why, 2);
   }

@@ -10,7 +10,7 @@
 #include "cli/table_output.h"
 #include "json/json_values.h"
 #include "services/create_database.h"
-#include "services/sqlite_database.h"
+#include "services/database_engine.h"
 
 namespace kwx::cli {
 namespace {
@@ -95,9 +95,9 @@ void AddDatabaseCommands(CLI::App& app, Context& ctx) {
     Variant data;
     Variant fields;
     if (!db->blnExecute(*sql_text, fields, data)) {
-      const auto* sqlite = dynamic_cast<const SqliteDatabase*>(db);
-      throw CommandError(sqlite != nullptr && !sqlite->LastErrorMessage().empty()
-                             ? sqlite->LastErrorMessage()
+      const auto* engine = dynamic_cast<const DatabaseEngine*>(db);
+      throw CommandError(engine != nullptr && !engine->LastErrorMessage().empty()
+                             ? engine->LastErrorMessage()
                              : "the statement failed");
     }
     if (!fields.IsArray()) {

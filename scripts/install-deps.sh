@@ -12,6 +12,7 @@ packages=(
   libcli11-dev nlohmann-json3-dev libfmt-dev
   libcairo2-dev
   python3-dev pybind11-dev python3-pybind11 python3-pytest
+  libpq-dev postgresql postgresql-common
 )
 
 missing=()

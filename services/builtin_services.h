@@ -5,7 +5,8 @@
 namespace kwx {
 
 // Registers the built-in service objects in ObjectRegistry::Instance(), each under its plain
-// and its SP ProgID: the SQLite database object ("iKWX_DB.KWXDB"), the data-file object
+// and its SP ProgID: the database object ("iKWX_DB.KWXDB", a SQLite file or a PostgreSQL
+// server by the path it opens), the data-file object
 // ("iKWX_SSG.KWXSSG"), the compute object ("iKWX_Compute.KWXCompute") and the value object
 // ("iKWX_Values.KWXValue"). A ProgID that already has a factory
 // (a test double registered first) keeps it. Safe to call any number of times.

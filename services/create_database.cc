@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "model/schema.h"
+#include "services/postgres_database.h"
 #include "services/schema_ddl_internal.h"
 #include "services/schema_upgrade_internal.h"
 
@@ -22,6 +23,7 @@ struct Closer {
 
 Status CreateDatabase(const std::string& path) {
   if (path.empty()) return Status::Error("CreateDatabase: no path given");
+  if (IsPostgresUri(path)) return CreatePostgresDatabase(path);
   std::error_code ec;
   if (std::filesystem::exists(std::filesystem::symlink_status(path, ec))) {
     return Status::Error("CreateDatabase: " + path + " already exists");

@@ -12,6 +12,8 @@ namespace kwx {
 // with its columns, keys, cascading company rows, indexes and series key triggers, marked with
 // the current schema version and in WAL mode, ready for the database object to open. Refuses a path that already exists (the file is left untouched). On any failure
 // the partly written file is removed and the Status says which path or statement failed.
+// A PostgreSQL URI (IsPostgresUri) lays the same tables out in that server database instead,
+// when it holds no study tables yet (CreatePostgresDatabase).
 Status CreateDatabase(const std::string& path);
 
 }  // namespace kwx

@@ -657,6 +657,63 @@ bool LiteralParameter(std::string_view literal, std::string_view column, SqlPara
   return true;
 }
 
+std::optional<Date> ParseStoredDateText(std::string_view t) {
+  if (t.size() != 10 && t.size() != 19) return std::nullopt;
+  int parts[6] = {0, 0, 0, 0, 0, 0};
+  // Digits and the separators of "yyyy-mm-dd hh:mm:ss", one part after another.
+  static constexpr char kShape[] = "dddd-dd-dd dd:dd:dd";
+  int part = 0;
+  for (size_t i = 0; i < t.size(); ++i) {
+    if (kShape[i] == 'd') {
+      if (t[i] < '0' || t[i] > '9') return std::nullopt;
+      parts[part] = parts[part] * 10 + (t[i] - '0');
+    } else if (t[i] != kShape[i]) {
+      return std::nullopt;
+    } else {
+      ++part;
+    }
+  }
+  const int year = parts[0], month = parts[1], day = parts[2];
+  if (year < 100 || month < 1 || month > 12 || day < 1 || day > 31 || parts[3] > 23 ||
+      parts[4] > 59 || parts[5] > 59) {
+    return std::nullopt;
+  }
+  const Date d = DateTimeSerial(year, month, day, parts[3], parts[4], parts[5]);
+  // A day the month does not have (2/30) rolls over; such a text is no stored date.
+  if (Day(d) != day) return std::nullopt;
+  return d;
+}
+
+std::string NumberPlaceholders(std::string_view s) {
+  std::string out;
+  out.reserve(s.size() + 16);
+  int number = 0;
+  for (size_t i = 0; i < s.size();) {
+    const char c = s[i];
+    size_t end = i + 1;
+    if (c == '\'' || c == '"') {
+      end = QuotedEnd(s, i, c).value_or(s.size());
+    } else if (c == '[') {
+      const size_t close = s.find(']', i + 1);
+      end = close == std::string_view::npos ? s.size() : close + 1;
+    } else if (c == '-' && s.substr(i, 2) == "--") {
+      const size_t eol = s.find('\n', i);
+      end = eol == std::string_view::npos ? s.size() : eol;
+    } else if (c == '/' && s.substr(i, 2) == "/*") {
+      const size_t close = s.find("*/", i + 2);
+      end = close == std::string_view::npos ? s.size() : close + 2;
+    } else if (c == '?') {
+      out += '$';
+      out += std::to_string(++number);
+      ++i;
+      continue;
+    }
+    out.append(s.substr(i, end - i));
+    i = end;
+  }
+  return out;
+}
+
 std::string TranslateJetSql(std::string_view s) {
   Translator t(s, false);
   t.Run();

@@ -5,6 +5,7 @@
 #define KWX_SERVICES_JET_DIALECT_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,11 @@ namespace kwx {
 // of day. Such texts sort and compare as the dates do, and other programs read them as dates.
 // Raises err::kOverflow for a date outside the years 100 to 9999.
 std::string StoredDateText(Date d);
+
+// The date a text in the stored form (StoredDateText) names; nothing for any other text, or for
+// a day the month does not have. Read without the general date parser: a load reads several
+// dates per study.
+std::optional<Date> ParseStoredDateText(std::string_view text);
 
 // The collation that compares texts without regard to case in every script; an engine that
 // runs translated statements registers it under this name. Texts of ASCII only are compared
@@ -92,6 +98,11 @@ bool LiteralParameter(std::string_view literal, std::string_view column, SqlPara
 // and OFFSET (a number there is a column position or a count), numbers glued to a name or too
 // large for 64 bits, and hexadecimal numbers. Never fails.
 ParameterizedSql ParameterizeJetSql(std::string_view jet_sql);
+
+// `shape` (ParameterizedSql::shape, or a text derived from it) with its placeholders numbered
+// for an engine that binds values by number only: the k-th "?" outside literals, quoted names
+// and comments becomes "$k". Everything else is copied byte for byte.
+std::string NumberPlaceholders(std::string_view shape);
 
 }  // namespace kwx
 

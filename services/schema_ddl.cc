@@ -1,6 +1,7 @@
 #include "services/schema_ddl_internal.h"
 
 #include "model/schema.h"
+#include "services/jet_dialect.h"
 
 namespace kwx {
 namespace {
@@ -19,8 +20,13 @@ const TableDef* ReferredTable(const TableDef& owner, const ColumnDef& column,
   return nullptr;
 }
 
-std::string CascadeTo(std::string_view table, std::string_view key) {
-  return " REFERENCES " + Quoted(table) + "(" + Quoted(key) + ") ON DELETE CASCADE";
+// A name as the statements of `engine` write it (see SchemaStatements).
+std::string Name(std::string_view name, SqlEngine engine) {
+  return engine == SqlEngine::kPostgres ? std::string(name) : Quoted(name);
+}
+
+std::string CascadeTo(std::string_view table, std::string_view key, SqlEngine engine) {
+  return " REFERENCES " + Name(table, engine) + "(" + Name(key, engine) + ") ON DELETE CASCADE";
 }
 
 // A column of an index; `nocase` orders it as the statements compare ASCII text, without
@@ -30,17 +36,86 @@ struct IndexColumn {
   bool nocase = false;
 };
 
-std::string IndexStatement(std::string_view table, std::initializer_list<IndexColumn> cols) {
+std::string IndexStatement(std::string_view table, std::initializer_list<IndexColumn> cols,
+                           SqlEngine engine) {
   std::string name(table);
   std::string list;
   for (const IndexColumn& c : cols) {
     name += '_';
     name += c.name;
     if (!list.empty()) list += ", ";
-    list += Quoted(c.name);
+    list += Name(c.name, engine);
     if (c.nocase) list += " COLLATE NOCASE";
   }
-  return "CREATE INDEX " + Quoted(name) + " ON " + Quoted(table) + " (" + list + ")";
+  return "CREATE INDEX " + Name(name, engine) + " ON " + Name(table, engine) + " (" + list + ")";
+}
+
+// What the loader's statements need on PostgreSQL beyond the tables. Texts compared in a
+// statement carry COLLATE NOCASE or COLLATE kwx_nocase (jet_dialect.h): both are ICU's
+// comparison at the second strength, which ignores case in every script (and is what an
+// index on such a column is ordered by). datediff counts interval boundaries between two
+// dates given as stored or M/d/yyyy texts, as the SQLite engine's function does; a date that
+// does not read answers NULL.
+std::vector<std::string> PostgresPrelude() {
+  std::vector<std::string> out;
+  for (const char* collation : {"NOCASE", kNoCaseCollation}) {
+    out.push_back(std::string("CREATE COLLATION ") + collation +
+                  " (provider = icu, locale = 'und-u-ks-level2', deterministic = false)");
+  }
+  out.push_back(R"(CREATE FUNCTION datediff(unit text, date1 text, date2 text) RETURNS bigint
+LANGUAGE plpgsql STABLE AS $$
+DECLARE a timestamp; b timestamp;
+BEGIN
+  IF unit IS NULL OR date1 IS NULL OR date2 IS NULL THEN RETURN NULL; END IF;
+  BEGIN
+    a := date1::timestamp;
+    b := date2::timestamp;
+  EXCEPTION WHEN others THEN RETURN NULL;
+  END;
+  CASE lower(unit)
+    WHEN 'd', 'y' THEN RETURN b::date - a::date;
+    WHEN 'm' THEN RETURN (extract(year FROM b) * 12 + extract(month FROM b))
+                       - (extract(year FROM a) * 12 + extract(month FROM a));
+    WHEN 'q' THEN RETURN (extract(year FROM b) * 4 + extract(quarter FROM b))
+                       - (extract(year FROM a) * 4 + extract(quarter FROM a));
+    WHEN 'yyyy' THEN RETURN extract(year FROM b) - extract(year FROM a);
+    WHEN 'h' THEN RETURN floor(extract(epoch FROM b) / 3600) - floor(extract(epoch FROM a) / 3600);
+    WHEN 'n' THEN RETURN floor(extract(epoch FROM b) / 60) - floor(extract(epoch FROM a) / 60);
+    WHEN 's' THEN RETURN floor(extract(epoch FROM b)) - floor(extract(epoch FROM a));
+    ELSE RAISE EXCEPTION 'datediff: unknown interval %', unit;
+  END CASE;
+END $$)");
+  // Dates given as serial numbers (days since 12/30/1899), as the SQLite engine reads them.
+  out.push_back(R"(CREATE FUNCTION datediff(unit text, date1 double precision, date2 double precision)
+RETURNS bigint LANGUAGE sql STABLE AS $$
+SELECT CASE WHEN date1 BETWEEN -657434 AND 2958465.99999 AND date2 BETWEEN -657434 AND 2958465.99999
+  THEN datediff(unit, (timestamp '1899-12-30' + date1 * interval '1 day')::text,
+                (timestamp '1899-12-30' + date2 * interval '1 day')::text) END
+$$)");
+  return out;
+}
+
+// The PostgreSQL form of SeriesKeyTrigger: before a row goes in with a key outside its study's
+// block (or none), it takes the lowest free key of the block.
+std::vector<std::string> PostgresSeriesKeyTrigger(const TableDef& t) {
+  const std::string table(t.name);
+  const std::string key(t.key);
+  const std::string function = table + "_key_block";
+  const std::string base = "NEW." + std::string(kCompanyKey) + "::bigint * " +
+                           std::to_string(kSeriesKeyBlock);
+  const std::string last = base + " + " + std::to_string(kSeriesKeyBlock - 1);
+  return {
+      "CREATE FUNCTION " + function + "() RETURNS trigger LANGUAGE plpgsql AS $$\nBEGIN\n" +
+          "  IF NEW." + key + " IS NULL OR NEW." + key + " NOT BETWEEN " + base + " AND " + last +
+          " THEN\n    NEW." + key + " := (SELECT min(free) FROM (SELECT " + base +
+          " AS free UNION ALL SELECT " + key + " + 1 FROM " + table + " WHERE " + key +
+          " >= " + base + " AND " + key + " < " + last + ") AS candidates WHERE NOT EXISTS " +
+          "(SELECT 1 FROM " + table + " AS held WHERE held." + key + " = free));\n" +
+          "    IF NEW." + key + " IS NULL THEN\n" +
+          "      RAISE EXCEPTION 'no free series key left in the study''s block';\n" +
+          "    END IF;\n  END IF;\n  RETURN NEW;\nEND $$",
+      "CREATE TRIGGER " + function + " BEFORE INSERT ON " + table + " FOR EACH ROW EXECUTE FUNCTION " +
+          function + "()"};
 }
 
 }  // namespace
@@ -54,23 +129,26 @@ std::string Quoted(std::string_view name) {
   return out;
 }
 
-std::string_view DeclaredTypeName(ColumnType type) noexcept {
+std::string_view DeclaredTypeName(ColumnType type, SqlEngine engine) noexcept {
+  const bool pg = engine == SqlEngine::kPostgres;
   switch (type) {
     case ColumnType::Text:
     case ColumnType::Variant:  // written as quoted text, so it is stored and read as text
     case ColumnType::Flags:
       return "TEXT";
     case ColumnType::Single:
-      return "SINGLE";
+      return pg ? "REAL" : "SINGLE";
     case ColumnType::Integer:
-      return "SMALLINT";
+      // The server refuses a number a SMALLINT cannot hold, where a file keeps it; the
+      // database object still reads such a column as 16-bit.
+      return pg ? "INTEGER" : "SMALLINT";
     case ColumnType::Long:
     case ColumnType::Reference:
       return "INTEGER";
     case ColumnType::Boolean:
-      return "BIT";
+      return pg ? "SMALLINT" : "BIT";
     case ColumnType::Date:
-      return "DATETIME";
+      return pg ? "TEXT" : "DATETIME";
   }
   return "TEXT";
 }
@@ -94,8 +172,10 @@ std::string SeriesKeyTrigger(const TableDef& t) {
          " = NEW." + key + "; END";
 }
 
-std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
-  std::vector<std::string> tables_ddl;
+std::vector<std::string> SchemaStatements(std::span<const TableDef> tables, SqlEngine engine) {
+  const bool pg = engine == SqlEngine::kPostgres;
+  auto name = [engine](std::string_view n) { return Name(n, engine); };
+  std::vector<std::string> tables_ddl = pg ? PostgresPrelude() : std::vector<std::string>{};
   std::vector<std::string> indexes;
   std::vector<std::string> triggers;
   for (const TableDef& t : tables) {
@@ -103,32 +183,40 @@ std::vector<std::string> SchemaStatements(std::span<const TableDef> tables) {
     const bool per_company = t.kind == TableKind::PerCompanyRow;
     const bool series = t.kind == TableKind::Series;
     if (per_company) {
-      defs.push_back(Quoted(kCompanyKey) + " INTEGER PRIMARY KEY" +
-                     CascadeTo("Company", kCompanyKey));
+      defs.push_back(name(kCompanyKey) + " INTEGER PRIMARY KEY" +
+                     CascadeTo("Company", kCompanyKey, engine));
     } else if (!t.key.empty()) {
-      defs.push_back(Quoted(t.key) + " INTEGER PRIMARY KEY AUTOINCREMENT");
+      defs.push_back(name(t.key) +
+                     (!pg       ? " INTEGER PRIMARY KEY AUTOINCREMENT"
+                      : series  ? " BIGINT GENERATED BY DEFAULT AS IDENTITY PRIMARY KEY"
+                                : " INTEGER GENERATED BY DEFAULT AS IDENTITY PRIMARY KEY"));
     }
     if (series) {
-      defs.push_back(Quoted(kCompanyKey) + " INTEGER NOT NULL" +
-                     CascadeTo("Company", kCompanyKey));
-      indexes.push_back(IndexStatement(t.name, {{kCompanyKey}}));
-      triggers.push_back(SeriesKeyTrigger(t));
+      defs.push_back(name(kCompanyKey) + " INTEGER NOT NULL" +
+                     CascadeTo("Company", kCompanyKey, engine));
+      indexes.push_back(IndexStatement(t.name, {{kCompanyKey}}, engine));
+      if (pg) {
+        const std::vector<std::string> trigger = PostgresSeriesKeyTrigger(t);
+        triggers.insert(triggers.end(), trigger.begin(), trigger.end());
+      } else {
+        triggers.push_back(SeriesKeyTrigger(t));
+      }
     }
     for (const ColumnDef& c : t.columns) {
       // The key and a series' CompanyID are declared above.
       if (c.name == t.key || ((per_company || series) && c.name == kCompanyKey)) continue;
-      std::string def = Quoted(c.name) + " " + std::string(DeclaredTypeName(c.type));
+      std::string def = name(c.name) + " " + std::string(DeclaredTypeName(c.type, engine));
       if (const TableDef* parent = ReferredTable(t, c, tables)) {
-        def += CascadeTo(parent->name, parent->key);
-        indexes.push_back(IndexStatement(t.name, {{c.name}}));
+        def += CascadeTo(parent->name, parent->key, engine);
+        indexes.push_back(IndexStatement(t.name, {{c.name}}, engine));
       }
       defs.push_back(std::move(def));
     }
     if (t.kind == TableKind::Company) {
-      indexes.push_back(IndexStatement(t.name, {{"strSymbol", true}, {"ExchangeID"}}));
+      indexes.push_back(IndexStatement(t.name, {{"strSymbol", true}, {"ExchangeID"}}, engine));
     }
 
-    std::string ddl = "CREATE TABLE " + Quoted(t.name) + " (";
+    std::string ddl = "CREATE TABLE " + name(t.name) + " (";
     for (size_t i = 0; i < defs.size(); ++i) {
       ddl += i == 0 ? "\n  " : ",\n  ";
       ddl += defs[i];

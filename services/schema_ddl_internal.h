@@ -12,13 +12,17 @@
 
 namespace kwx {
 
+// The engines a study database lives in.
+enum class SqlEngine : uint8_t { kSqlite, kPostgres };
+
 // `name` (a table, column, index or trigger name) quoted as an identifier for the statements
 // that lay out and upgrade a database.
 std::string Quoted(std::string_view name);
 
 // The declared SQL type of a column of `type`. The database object reads values back typed
 // by these names (sqlite_support_internal.h), so the two must stay in step.
-std::string_view DeclaredTypeName(ColumnType type) noexcept;
+std::string_view DeclaredTypeName(ColumnType type,
+                                  SqlEngine engine = SqlEngine::kSqlite) noexcept;
 
 // Series rows are keyed in per-study blocks: study C's rows of a series table hold the keys
 // C * kSeriesKeyBlock to C * kSeriesKeyBlock + kSeriesKeyBlock - 1. A save reaches a study's rows
@@ -39,7 +43,12 @@ inline constexpr int64_t kSeriesKeyBlock = 65536;
 std::string SeriesKeyTrigger(const TableDef& table);
 
 // CREATE TABLE statements for `tables` in their order, then the CREATE INDEX statements, then
-// the key triggers of the Series tables.
+// the key triggers of the Series tables, for `engine`. On PostgreSQL names are written
+// unquoted (the server keeps them in lower case, so statements and other programs name them
+// in any case), 16-bit integers INTEGER (read back as 16-bit), Booleans SMALLINT 1/0 and dates ISO text as in a SQLite file, series keys
+// are BIGINT (a study's block starts at CompanyID * kSeriesKeyBlock), and the statements
+// begin with what the loader's statements need there: the collations NOCASE and
+// kNoCaseCollation (case-insensitive in every script) and the function datediff.
 //   Company, Series, Reference and keyed Shared tables: the key autonumbered
 //     (INTEGER PRIMARY KEY AUTOINCREMENT);
 //   PerCompanyRow tables: CompanyID as primary key;
@@ -50,7 +59,8 @@ std::string SeriesKeyTrigger(const TableDef& table);
 //   reference columns (SectorID ...) get no foreign key, so reference rows stay deletable.
 // Indexes: Company by (strSymbol, ExchangeID), and every referring column that is not the
 // primary key.
-std::vector<std::string> SchemaStatements(std::span<const TableDef> tables);
+std::vector<std::string> SchemaStatements(std::span<const TableDef> tables,
+                                          SqlEngine engine = SqlEngine::kSqlite);
 
 }  // namespace kwx
 

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
@@ -181,11 +180,7 @@ bool Run(sqlite3* db, sqlite3_stmt* stmt, StatementCache::Entry* entry, int32_t&
 void SqliteDatabase::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
 
 SqliteDatabase::SqliteDatabase()
-    : statements_(std::make_unique<StatementCache>(kCachedStatements)) {
-  if (const char* path = std::getenv("KWX_TRACE_SQL"); path != nullptr && *path != '\0') {
-    SetTraceFile(path);
-  }
-}
+    : statements_(std::make_unique<StatementCache>(kCachedStatements)) {}
 
 // Closing finalizes the compiled statements first; a connection closed with live statements
 // would linger, and all its memory with it.
@@ -248,34 +243,9 @@ bool SqliteDatabase::CloseNCompact(std::string& path) {
   return true;
 }
 
-bool SqliteDatabase::Guarded(Variant& fields, Variant& data,
-                             const std::function<bool()>& execute) {
-  fields = Variant();
-  data = Variant();
-  row_count_ = 0;
-  last_error_.clear();
-  bool ok = false;
-  try {
-    ok = execute();
-  } catch (const std::exception& e) {
-    last_error_ = e.what();
-  } catch (...) {
-    last_error_ = "the statement failed";
-  }
-  if (!ok) {
-    if (last_error_.empty()) last_error_ = "the statement failed";
-    fields = Variant();
-    data = Variant();
-    row_count_ = 0;
-  }
-  return ok;
-}
-
 bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
-  const bool ok = Guarded(fields, data, [&] { return ExecuteOne(sql, fields, data); });
-  // A failing trace sink must not change the statement's answer.
-  ResumeNext([&] { Trace(sql, ok); });
-  return ok;
+  return trace_.Run(sql, fields, data, row_count_, last_error_,
+                    [&] { return ExecuteOne(sql, fields, data); });
 }
 
 const std::string* SqliteDatabase::TemplateShape(const StatementTemplate& shape) {
@@ -315,16 +285,14 @@ bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Vari
     }
   }
   bool compiled = true;
-  const bool ok = Guarded(fields, data, [&] {
+  const bool ok = StatementTrace::Answer(fields, data, row_count_, last_error_, [&] {
     const std::optional<bool> ran = RunShape(*shape, composed_values_, fields, data);
     compiled = ran.has_value();
     return ran.value_or(false);
   });
   if (!compiled) return IDatabase::blnExecuteComposed(statement, fields, data);
   // The text is composed only for a trace that asks for it.
-  if (trace_file_.is_open() || trace_callback_) {
-    ResumeNext([&] { Trace(statement.Text(), ok); });
-  }
+  if (trace_.on()) ResumeNext([&] { trace_.Write(statement.Text(), ok, row_count_); });
   return ok;
 }
 
@@ -522,32 +490,10 @@ void SqliteDatabase::RollbackTrans() {
   }
 }
 
-bool SqliteDatabase::SetTraceFile(const std::string& path) {
-  trace_file_.close();
-  trace_file_.clear();
-  if (path.empty()) return true;
-  trace_file_.open(path, std::ios::out | std::ios::app | std::ios::binary);
-  return trace_file_.is_open();
-}
+bool SqliteDatabase::SetTraceFile(const std::string& path) { return trace_.SetFile(path); }
 
 void SqliteDatabase::SetTraceCallback(TraceCallback callback) {
-  trace_callback_ = std::move(callback);
-}
-
-void SqliteDatabase::Trace(const std::string& sql, bool ok) {
-  if (!trace_file_.is_open() && !trace_callback_) return;
-  nlohmann::ordered_json entry;
-  entry["sql"] = sql;
-  entry["ok"] = ok;
-  entry["rows"] = row_count_;
-  // Text that is not valid UTF-8 must not stop the trace (or the statement): bad bytes are
-  // replaced in the trace line only.
-  const std::string line = entry.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  if (trace_file_.is_open()) {
-    trace_file_ << line << '\n';
-    trace_file_.flush();
-  }
-  if (trace_callback_) trace_callback_(line);
+  trace_.SetCallback(std::move(callback));
 }
 
 }  // namespace kwx

@@ -4,7 +4,6 @@
 #define KWX_SERVICES_SQLITE_DATABASE_H_
 
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -14,7 +13,9 @@
 #include <vector>
 
 #include "automation/services.h"
+#include "services/database_engine.h"
 #include "automation/variant.h"
+#include "services/statement_trace.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -57,11 +58,8 @@ class StatementCache;
 // which every executed statement is appended as one JSON line:
 //   {"sql": <text as received>, "ok": <bool>, "rows": <lngRowCount after it>}
 // Not thread-safe: one caller at a time, as the loader uses it.
-class SqliteDatabase final : public IDatabase {
+class SqliteDatabase final : public DatabaseEngine {
  public:
-  // Receives each trace line (the JSON text, without the line end).
-  using TraceCallback = std::function<void(std::string_view json_line)>;
-
   SqliteDatabase();
   ~SqliteDatabase() override;
   SqliteDatabase(const SqliteDatabase&) = delete;
@@ -99,19 +97,19 @@ class SqliteDatabase final : public IDatabase {
 
   // Appends trace lines to the file at `path` from now on; an empty path stops file tracing.
   // False when the file cannot be opened for appending.
-  bool SetTraceFile(const std::string& path);
+  bool SetTraceFile(const std::string& path) override;
   // Hands every trace line to `callback` as well; an empty callback stops it.
-  void SetTraceCallback(TraceCallback callback);
+  void SetTraceCallback(TraceCallback callback) override;
   // Whether opening a file written by an older version upgrades it (the default). A program
   // that only reads turns this off: such a file then does not open, and LastErrorMessage says
   // that it needs an upgrade.
-  void SetUpgradeAllowed(bool allowed) noexcept { upgrade_allowed_ = allowed; }
+  void SetUpgradeAllowed(bool allowed) noexcept override { upgrade_allowed_ = allowed; }
   // Number of transaction levels open now.
-  int TransactionDepth() const noexcept { return depth_; }
+  int TransactionDepth() const noexcept override { return depth_; }
   // Why the last blnExecute, blnOpenDatabase, CloseNCompact or transaction call failed: the
   // engine's own message (such as "no such table: Nope"), or the object's reason for refusing
   // a statement text before the engine saw it. Empty after a blnExecute that succeeded.
-  const std::string& LastErrorMessage() const noexcept { return last_error_; }
+  const std::string& LastErrorMessage() const noexcept override { return last_error_; }
 
  private:
   struct Closer {
@@ -126,14 +124,10 @@ class SqliteDatabase final : public IDatabase {
   // takes no parameter): the statement's plain translation decides then.
   std::optional<bool> RunShape(const std::string& shape, const std::vector<SqlParameter>& values,
                                Variant& fields, Variant& data);
-  // `execute` run as one statement's call: outputs and error cleared first, an exception turned
-  // into the error it says, and a failure leaving both outputs Empty and a row count of 0.
-  bool Guarded(Variant& fields, Variant& data, const std::function<bool()>& execute);
   // The translated shape of the template's statements, or null when they run as text.
   const std::string* TemplateShape(const StatementTemplate& shape);
   // Keeps `message` as the last error and answers false.
   bool Refuse(std::string message);
-  void Trace(const std::string& sql, bool ok);
 
   std::unique_ptr<sqlite3, Closer> db_;
   // Declared after db_ so it is destroyed (its statements finalized) before the connection.
@@ -160,8 +154,7 @@ class SqliteDatabase final : public IDatabase {
   std::optional<int64_t> NewSeriesKey(int table, const SqlParameter& company,
                                       const std::optional<FreeSeriesKey>& free);
   std::string last_error_;
-  std::ofstream trace_file_;
-  TraceCallback trace_callback_;
+  StatementTrace trace_;
 };
 
 }  // namespace kwx

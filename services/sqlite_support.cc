@@ -44,35 +44,6 @@ void AppendShort(std::vector<Variant>& out, int64_t v) {
   }
 }
 
-// A date in its stored form, "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss", read without the general
-// parser: a load reads several per study. Nothing for any other text.
-std::optional<Date> StoredDate(std::string_view t) {
-  if (t.size() != 10 && t.size() != 19) return std::nullopt;
-  int parts[6] = {0, 0, 0, 0, 0, 0};
-  // Digits and the separators of "yyyy-mm-dd hh:mm:ss", one part after another.
-  static constexpr char kShape[] = "dddd-dd-dd dd:dd:dd";
-  int part = 0;
-  for (size_t i = 0; i < t.size(); ++i) {
-    if (kShape[i] == 'd') {
-      if (t[i] < '0' || t[i] > '9') return std::nullopt;
-      parts[part] = parts[part] * 10 + (t[i] - '0');
-    } else if (t[i] != kShape[i]) {
-      return std::nullopt;
-    } else {
-      ++part;
-    }
-  }
-  const int year = parts[0], month = parts[1], day = parts[2];
-  if (year < 100 || month < 1 || month > 12 || day < 1 || day > 31 || parts[3] > 23 ||
-      parts[4] > 59 || parts[5] > 59) {
-    return std::nullopt;
-  }
-  const Date d = DateTimeSerial(year, month, day, parts[3], parts[4], parts[5]);
-  // A day the month does not have (2/30) rolls over; such a text is no stored date.
-  if (Day(d) != day) return std::nullopt;
-  return d;
-}
-
 constexpr double kFirstSerial = -657434;  // 1/1/100
 constexpr double kLastSerial = 2958465;   // 12/31/9999
 
@@ -160,7 +131,7 @@ inline void AppendValue(std::vector<Variant>& out, sqlite3_stmt* stmt, int colum
     case DeclaredKind::Date:
       if (number) {
         out.emplace_back(Date{sqlite3_value_double(value)});
-      } else if (std::optional<Date> d = StoredDate(ValueView(value))) {
+      } else if (std::optional<Date> d = ParseStoredDateText(ValueView(value))) {
         out.emplace_back(*d);
       } else if (std::optional<Date> d = ParseDate(ValueView(value))) {
         out.emplace_back(*d);

@@ -21,7 +21,8 @@ CliResult Kwx(const std::vector<std::string>& args) { return testing::RunKwx(arg
 TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
   testing::TempDir tmp;
   const std::filesystem::path& dir = tmp.path();
-  const std::string db = (dir / "studies.db").string();
+  const std::string db = tmp.Database("studies.db");
+  if (db.empty()) GTEST_SKIP() << "no PostgreSQL server to test on (KWX_TEST_PG)";
   const std::string trace = (dir / "trace.jsonl").string();
 
   EXPECT_EQ(Kwx({"--db", db, "init"}).code, 0);
@@ -44,7 +45,7 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
   EXPECT_NE(rows.out.find("\"Exchange\": \"TSX\""), std::string::npos) << rows.out;
   // As CSV a value keeps its commas, quotes and line breaks, and a column its query's name.
   CliResult csv = Kwx({"--db", db, "sql", "--csv",
-                       "select Exchange, 'a, \"b\"' || char(10) || 'c' as Odd, 1.5 as N, "
+                       "select Exchange, 'a, \"b\"\nc' as Odd, 1.5 as N, "
                        "null as Blank from Exchange"});
   EXPECT_EQ(csv.code, 0) << csv.err;
   EXPECT_EQ(testing::ReadCsv(csv.out),
@@ -84,13 +85,15 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
 // repeated name included, and shows stored bytes that are not UTF-8 as U+FFFD.
 TEST(DatabaseCommands, SqlRunsOneStatementAndTellsWhatHappened) {
   testing::TempDir tmp;
-  const std::string db = tmp.File("studies.db");
+  const std::string db = tmp.Database("studies.db");
+  if (db.empty()) GTEST_SKIP() << "no PostgreSQL server to test on (KWX_TEST_PG)";
   ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
   struct Case {
     std::vector<std::string> args;
     int code;
     std::string out;
     std::string err_has;
+    bool file_only = false;  // the engine's own words or functions
   };
   const Case cases[] = {
       {{"insert into Sector(Sector) select 'Energy'"}, 0, "1 row changed\n", ""},
@@ -101,12 +104,14 @@ TEST(DatabaseCommands, SqlRunsOneStatementAndTellsWhatHappened) {
       {{"--json", "select SectorID as a, Sector, SectorID as a, cast(x'FF' as text) as b "
                   "from Sector"},
        0, "[\n  {\n    \"a\": 1,\n    \"Sector\": \"x\",\n    \"a\": 1,\n    \"b\": \"\xEF\xBF\xBD\"\n  }\n]\n",
-       ""},
+       "", true},
       {{"--json", "select * from Sector where SectorID = 7"}, 0, "[]\n", ""},
-      {{"select * from Nope"}, 1, "", "no such table: Nope"},
+      {{"select * from Nope"}, 1, "", "no such table: Nope", true},
+      {{"select * from Nope"}, 1, "", ""},
       {{"select 1; drop table Sector"}, 1, "", "second statement"},
   };
   for (const Case& c : cases) {
+    if (c.file_only && testing::OnServer()) continue;
     std::vector<std::string> args = {"--db", db, "sql"};
     args.insert(args.end(), c.args.begin(), c.args.end());
     const CliResult r = Kwx(args);
@@ -119,6 +124,7 @@ TEST(DatabaseCommands, SqlRunsOneStatementAndTellsWhatHappened) {
 // A file written by an older version is upgraded by a command that writes; a command that only
 // reads leaves it as it is and says why it cannot read it yet.
 TEST(DatabaseCommands, OnlyAWritingCommandUpgradesAnOlderFile) {
+  if (testing::OnServer()) GTEST_SKIP() << "a SQLite file's own upgrade";
   testing::TempDir tmp;
   const std::string db = tmp.File("studies.db");
   ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
@@ -166,14 +172,15 @@ std::string StudyFiles(const testing::TempDir& dir, const std::string& prefix, i
   return paths;
 }
 
-// Real processes on one file: two imports started together both save every study (each
-// waits for the other's lock instead of failing), and a compact during an import loses no
-// study the import reported as saved.
+// Real processes on one database: two imports started together both save every study with
+// its own series (each waits for the other's lock instead of failing), and a compact during an
+// import loses no study the import reported as saved.
 TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
   testing::TempDir tmp;
-  const std::string db = tmp.File("studies.db");
+  const std::string db = tmp.Database("studies.db");
+  if (db.empty()) GTEST_SKIP() << "no PostgreSQL server to test on (KWX_TEST_PG)";
   ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
-  const std::string kwx = KwxProgram() + " --db " + db;
+  const std::string kwx = KwxProgram() + " --db '" + db + "'";
   const std::string out = tmp.File("out");
   auto count = [&](const std::string& where) {
     const CliResult r = Kwx({"--db", db, "sql", "select count(*) from Company" + where});
@@ -193,6 +200,17 @@ TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
     EXPECT_EQ(testing::ReadFile(out + ".b.rc"), "0\n") << testing::ReadFile(out + ".b");
   }
   EXPECT_EQ(count(""), std::to_string(2 * kRounds * kFiles) + "\n");
+  // Each study loads back with its own series: all its rows, every one in its own key block.
+  for (const auto& [series, rows] : {std::pair{"Yearly", 10}, {"Monthly", 72}}) {
+    const std::string table = series;
+    const CliResult outside = Kwx({"--db", db, "sql", "select count(*) from " + table +
+                                   " where " + table + "ID / 65536 <> CompanyID"});
+    EXPECT_EQ(outside.out.substr(outside.out.find('\n') + 1), "0\n") << table;
+    const CliResult per_study = Kwx({"--db", db, "sql", "select count(*) from Company where "
+                                     "(select count(*) from " + table + " s where s.CompanyID "
+                                     "= Company.CompanyID) = " + std::to_string(rows)});
+    EXPECT_EQ(per_study.out.substr(per_study.out.find('\n') + 1), count("")) << table;
+  }
 
   const std::string c = StudyFiles(tmp, "Cx", 150);
   const std::string during = "(" + kwx + " import" + c + " >" + out + ".c 2>" + out +
@@ -207,7 +225,7 @@ TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
 // The sample study `name` (samples/studies) as text.
 std::string Sample(const std::string& name) {
   const char* source = std::getenv("KWX_SOURCE_DIR");
-  return testing::ReadFile(std::string(source != nullptr ? source : ".") + "/samples/studies/" +
+  return testing::ReadFile(std::string(source != nullptr ? source : KWX_SOURCE_TREE) + "/samples/studies/" +
                            name);
 }
 
@@ -215,7 +233,8 @@ std::string Sample(const std::string& name) {
 // whole: the database is unchanged, and the command says it failed.
 TEST(DatabaseCommands, ValuesThatWouldBreakOutOfTheirLiteralChangeNothing) {
   testing::TempDir tmp;
-  const std::string db = tmp.File("studies.db");
+  const std::string db = tmp.Database("studies.db");
+  if (db.empty()) GTEST_SKIP() << "no PostgreSQL server to test on (KWX_TEST_PG)";
   ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
   const std::string bwp = testing::WriteFile(tmp.File("BWP.kwx"), Sample("BWP.kwx"));
   const std::string cplm = testing::WriteFile(tmp.File("CPLM.kwx"), Sample("CPLM.kwx"));
@@ -256,6 +275,67 @@ TEST(DatabaseCommands, ValuesThatWouldBreakOutOfTheirLiteralChangeNothing) {
   // The file's exchange name is never stored, nor anything made of other studies' values.
   Kwx({"--db", db, "import", "--format", "ssg", hostile});
   EXPECT_EQ(references(), references_before);
+}
+
+}  // namespace
+}  // namespace kwx::cli
+
+namespace kwx::cli {
+namespace {
+
+// The same commands on a SQLite file and on a PostgreSQL database answer alike and run the same
+// statement texts with the same outcomes: the database object hides which engine serves.
+TEST(EngineParity, EveryCommandAnswersAndTracesAsOnSqlite) {
+  if (!testing::OnServer()) GTEST_SKIP() << "compares the SQLite file with the server";
+  testing::TempDir tmp;
+  const std::string server = tmp.Database("studies");
+  if (server.empty()) GTEST_SKIP() << "no PostgreSQL server to test on (KWX_TEST_PG)";
+  std::string files;
+  for (const char* name : {"BWP.kwx", "CPLM.kwx", "HVG.ssg", "LRS.kwx", "QFS.kwx"}) {
+    files += testing::WriteFile(tmp.File(name), Sample(name)) + "\n";
+  }
+  const std::vector<std::vector<std::string>> commands = {
+      {"init"}, {"import", "FILES"}, {"list"}, {"list", "--json"}, {"show", "1", "--json"},
+      {"show", "3"}, {"show", "bwp", "nasdaq"}, {"price", "2", "25.5", "1/15/2026", "30", "20"},
+      {"show", "2", "--json"}, {"comparison", "save", "Club picks", "1", "2", "3"},
+      {"comparison", "show", "1"}, {"pert", "save", "Q1", "2", "4", "--description", "first"},
+      {"pert", "show", "1"}, {"ref", "exchange", "add", "LSE"},
+      {"ref", "exchange", "rename", "4", "London"}, {"ref", "exchange", "list"},
+      {"ref", "sector", "list"},
+      {"sql", "select CompanyID, strSymbol, datLastFY from Company where strSymbol = 'qfs'"},
+      {"sql", "select strSymbol from Company where datLastFY > #1/1/2024# order by 1", "--json"},
+      {"sql", "Update Company set strName = 'O''Neil' where CompanyID = 5"},
+      {"show", "5", "--json"}, {"delete", "4"}, {"list"}, {"comparison", "delete", "1"},
+      {"comparison", "show", "1"}, {"sql", "select strSymbol from Company where CompanyID = 4"}};
+  struct Run {
+    std::vector<std::string> answers;
+    std::vector<std::string> trace;
+  };
+  auto run = [&](const std::string& db, const std::string& trace) {
+    Run r;
+    for (std::vector<std::string> args : commands) {
+      if (args[0] == "import") {
+        args.pop_back();
+        for (const std::string& f : ReadLines(tmp.File("files"))) args.push_back(f);
+      }
+      args.insert(args.begin(), {"--db", db, "--trace-sql", trace});
+      const CliResult result = Kwx(args);
+      // The path and the import's rate are the only words that may differ.
+      const bool differs = args[4] == "init" || args[4] == "import";
+      r.answers.push_back(std::to_string(result.code) +
+                          (differs ? "" : " " + result.out + result.err));
+    }
+    r.trace = ReadLines(trace);
+    return r;
+  };
+  testing::WriteFile(tmp.File("files"), files);
+  const Run file = run(tmp.File("studies.db"), tmp.File("file.jsonl"));
+  const Run pg = run(server, tmp.File("server.jsonl"));
+  for (size_t i = 0; i < commands.size(); ++i) {
+    EXPECT_EQ(pg.answers[i], file.answers[i]) << commands[i][0] << " " << commands[i].back();
+  }
+  EXPECT_GT(file.trace.size(), 500u);
+  EXPECT_EQ(pg.trace, file.trace);
 }
 
 }  // namespace

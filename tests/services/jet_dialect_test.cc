@@ -271,3 +271,18 @@ TEST(JetDialect, LiftedStatementsAnswerAsTheirLiteralForms) {
 
 }  // namespace
 }  // namespace kwx
+
+namespace kwx {
+namespace {
+
+// An engine that binds by number sees the k-th mark as $k; marks inside literals, quoted names
+// and comments are text and stay.
+TEST(NumberPlaceholders, NumbersOnlyTheMarksOfTheShape) {
+  EXPECT_EQ(NumberPlaceholders("select a from T where b = ? and c = '?' and \"d?\" = ? -- ?\n"
+                               "and e in (?, ?) /* ? */"),
+            "select a from T where b = $1 and c = '?' and \"d?\" = $2 -- ?\n"
+            "and e in ($3, $4) /* ? */");
+}
+
+}  // namespace
+}  // namespace kwx

@@ -12,6 +12,7 @@
 #include "automation/registry.h"
 #include "automation/safe_array.h"
 #include "services/builtin_services.h"
+#include "services/database_object.h"
 #include "tests/support/test_database.h"
 
 namespace kwx {
@@ -20,6 +21,7 @@ namespace {
 using testing::ReadLines;
 
 TEST_F(DatabaseTest, OpenOfMissingOrForeignFileAnswersFalseAndCreatesNothing) {
+  if (testing::OnServer()) GTEST_SKIP() << "files only";
   std::string missing = (dir_ / "missing.db").string();
   EXPECT_FALSE(db_.blnOpenDatabase(missing));
   EXPECT_FALSE(std::filesystem::exists(missing));
@@ -100,7 +102,7 @@ TEST_F(DatabaseTest, RowCountFollowsTheLastStatement) {
       {"insert into Sector(Sector) select Sector || '2' from Sector", true, 1},
       {"Update Sector   set Sector='None' Where SectorID=99;", true, 0},
       {"Update Sector   set Sector='Power'", true, 2},
-      {"create table Scratch (x)", true, 0},  // no stale count from the update
+      {"create table Scratch (x integer)", true, 0},  // no stale count from the update
       {"select * from Sector", true, 2},
       {"select * from NoSuchTable", false, 0},
       {"Delete * From Sector Where SectorID=1;", true, 1},
@@ -176,7 +178,8 @@ TEST_F(DatabaseTest, NulByteTextsAreRefusedAndTheLastErrorSaysWhy) {
   EXPECT_EQ(Scalar("select count(*) from Sector").AsLong(), 0);
   EXPECT_TRUE(db_.LastErrorMessage().empty());
   EXPECT_FALSE(Exec("select * from Nope"));
-  EXPECT_EQ(db_.LastErrorMessage(), "no such table: Nope");
+  EXPECT_EQ(db_.LastErrorMessage(), testing::OnServer() ? "relation \"nope\" does not exist"
+                                                       : "no such table: Nope");
   // Refused as its literal form is: digits glued to a lifted literal never number its value.
   EXPECT_FALSE(Exec("select Sector from Sector where Sector = \"O'N\"1"));
   EXPECT_FALSE(Exec("select 1; select 2"));
@@ -186,6 +189,7 @@ TEST_F(DatabaseTest, NulByteTextsAreRefusedAndTheLastErrorSaysWhy) {
 // New files are created in WAL mode; opening leaves a file's journal mode as it is, so a
 // program that only reads never needs the file to itself.
 TEST_F(DatabaseTest, CreatedInWalModeAndOpeningKeepsTheJournalMode) {
+  if (testing::OnServer()) GTEST_SKIP() << "a SQLite file's journal";
   EXPECT_EQ(Scalar("PRAGMA journal_mode").AsString(), "wal");
   ASSERT_TRUE(Exec("PRAGMA journal_mode = DELETE"));
   ASSERT_TRUE(db_.blnOpenDatabase(path_));
@@ -234,6 +238,7 @@ TEST_F(DatabaseTest, ComparedTextsIgnoreCaseInEveryScript) {
   for (const std::string& sql : found) EXPECT_FALSE(Scalar(sql).IsEmpty()) << sql;
   EXPECT_TRUE(Query("select IndustryID  from Industry where Industry='Bank'").IsEmpty());
   // A symbol is looked up through its index even though the comparison ignores case.
+  if (testing::OnServer()) return;  // the server plans by its own statistics
   const Variant plan = Query(
       "explain query plan select CompanyID from Company where strSymbol = 'abc' and ExchangeID = 1");
   ASSERT_TRUE(plan.IsArray());
@@ -263,6 +268,7 @@ TEST_F(DatabaseTest, TraceWritesOneJsonLinePerStatement) {
 }
 
 TEST_F(DatabaseTest, CloseNCompactClosesAndShrinksTheFile) {
+  if (testing::OnServer()) GTEST_SKIP() << "a file's size";
   const std::string filler(2000, 'x');
   db_.BeginTrans();
   for (int i = 0; i < 500; ++i) {
@@ -297,7 +303,7 @@ TEST(BuiltinServices, RegistersTheDatabaseUnderBothProgIdsWithoutReplacingDouble
   RegisterBuiltinServices();
   RegisterBuiltinServices();
   for (const char* id : {progid::kDatabase, progid::kDatabaseSP}) {
-    EXPECT_NE(std::dynamic_pointer_cast<SqliteDatabase>(CreateObjectAs<IDatabase>(id)), nullptr)
+    EXPECT_NE(std::dynamic_pointer_cast<DatabaseObject>(CreateObjectAs<IDatabase>(id)), nullptr)
         << id;
   }
 }

@@ -1,4 +1,6 @@
-// A fresh database file in a temporary folder of its own, opened on the real database object.
+// A fresh study database (a file in a temporary folder of its own, or a schema of its own on
+// the PostgreSQL server the tests run on: TempDir::Database), opened on the real database
+// object.
 #ifndef KWX_TESTS_SUPPORT_TEST_DATABASE_H_
 #define KWX_TESTS_SUPPORT_TEST_DATABASE_H_
 
@@ -10,7 +12,7 @@
 #include "automation/conversions.h"
 #include "automation/variant.h"
 #include "services/create_database.h"
-#include "services/sqlite_database.h"
+#include "services/database_object.h"
 #include "tests/support/test_util.h"
 
 namespace kwx {
@@ -20,7 +22,8 @@ class DatabaseTest : public ::testing::Test {
   void SetUp() override {
     tmp_ = std::make_unique<testing::TempDir>();
     dir_ = tmp_->path();
-    path_ = tmp_->File("study.db");
+    path_ = tmp_->Database("study.db");
+    if (path_.empty()) GTEST_SKIP() << "no PostgreSQL server to test on (KWX_TEST_PG)";
     const Status created = CreateDatabase(path_);
     ASSERT_TRUE(created.ok()) << created.message();
     ASSERT_TRUE(db_.blnOpenDatabase(path_));
@@ -60,7 +63,7 @@ class DatabaseTest : public ::testing::Test {
   std::unique_ptr<testing::TempDir> tmp_;
   std::filesystem::path dir_;
   std::string path_;
-  SqliteDatabase db_;
+  DatabaseObject db_;
 };
 
 }  // namespace kwx

@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <fstream>
+#include <string_view>
 #include <iterator>
 
 #include "automation/conversions.h"
 #include "automation/safe_array.h"
+#include "services/postgres_database.h"
 
 namespace kwx::testing {
 
@@ -30,6 +33,40 @@ std::vector<std::string> Texts(const Variant& array) {
   return out;
 }
 
+bool OnServer() {
+  const char* engine = std::getenv("KWX_TEST_ENGINE");
+  return engine != nullptr && std::string_view(engine) == "postgresql";
+}
+
+namespace {
+
+// The server named by KWX_TEST_PG with at most 5 seconds to answer, so that a server that went
+// away fails the tests quickly instead of hanging them; empty when none is named.
+std::string TestServer() {
+  const char* uri = std::getenv("KWX_TEST_PG");
+  if (uri == nullptr || !IsPostgresUri(uri)) return "";
+  const std::string base(uri);
+  return base + (base.find('?') == std::string::npos ? "?" : "&") + "connect_timeout=5";
+}
+
+bool RunOnServer(const std::string& sql) {
+  PostgresDatabase db;
+  std::string server = TestServer();
+  Variant fields, data;
+  return !server.empty() && db.blnOpenDatabase(server) && db.blnExecute(sql, fields, data);
+}
+
+}  // namespace
+
+std::string TempDir::Database(const std::string& name) const {
+  if (!OnServer()) return File(name);
+  static int made = 0;
+  const std::string schema = "kwx_test_" + std::to_string(::getpid()) + "_" + std::to_string(++made);
+  if (!RunOnServer("CREATE SCHEMA " + schema)) return "";
+  schemas_.push_back(schema);
+  return TestServer() + "&options=-csearch_path%3D" + schema;
+}
+
 TempDir::TempDir() {
   const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
   std::string name = "kwx_" + std::to_string(::getpid());
@@ -40,6 +77,7 @@ TempDir::TempDir() {
 }
 
 TempDir::~TempDir() {
+  for (const std::string& schema : schemas_) RunOnServer("DROP SCHEMA " + schema + " CASCADE");
   std::error_code ec;
   std::filesystem::permissions(path_, std::filesystem::perms::owner_all,
                                std::filesystem::perm_options::add, ec);

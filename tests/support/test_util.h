@@ -36,11 +36,21 @@ class TempDir {
   TempDir();
   ~TempDir();
   std::string File(const std::string& name) const { return (path_ / name).string(); }
+  // Where the test keeps a fresh study database, on the engine the tests run on (OnServer):
+  // the file `name` in this folder (not made yet), or on PostgreSQL the URI of a new, empty
+  // schema of its own in the server KWX_TEST_PG names (dropped with the folder). Empty
+  // when that server is not named or cannot be reached: the test then skips.
+  std::string Database(const std::string& name) const;
   const std::filesystem::path& path() const { return path_; }
 
  private:
   std::filesystem::path path_;
+  mutable std::vector<std::string> schemas_;
 };
+
+// True when the database tests run on PostgreSQL: the environment variable KWX_TEST_ENGINE
+// is "postgresql" (ctest runs the database suites a second time so).
+bool OnServer();
 
 std::string ReadFile(const std::string& path);
 // Writes `bytes` to `path` as they are; answers the path.
