@@ -2,10 +2,12 @@
 #ifndef KWX_CLI_CONTEXT_H_
 #define KWX_CLI_CONTEXT_H_
 
+#include <chrono>
 #include <iosfwd>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "loader/kwx_loader.h"
 
@@ -30,7 +32,19 @@ struct GlobalOptions {
   std::string platform = "plain";
   // --trace-sql: the statement trace file, empty for none.
   std::string trace_sql;
+  // --wait: how many seconds a statement waits for another program's lock on the database.
+  int wait_seconds = 30;
 };
+
+// The message for a database another program holds locked: "'PATH' is in use by another
+// program; waited N s", N the seconds the command waited for it.
+std::string InUseMessage(const std::string& path, int waited_seconds);
+// True when `message` (an engine's or a command's) says the database was locked.
+bool SaysLocked(std::string_view message);
+
+// Creates the new, empty study database `path` (the path as --db takes it); raises
+// CommandError (exit 1) when `path` exists already or cannot be created.
+void InitDatabase(const std::string& path);
 
 struct Context {
   GlobalOptions options;
@@ -43,8 +57,18 @@ struct Context {
   // older version then is not upgraded (which writes) but refused with the reason.
   bool reads_only = false;
 
+  // A failure's reason as the user reads it: `what`, except when it says the database was
+  // locked or a statement of this command waited out another program's lock: then
+  // InUseMessage for the --db database.
+  std::string Reason(std::string_view what) const;
+
   // A loader on the chosen platform with no database open (created once).
   kwxLoader& Loader();
+  // A loader of its own on `platform` with the database `path` open, refused as OpenLoader
+  // refuses; for a command that works on more than one database or platform at once. No SQL
+  // trace.
+  std::unique_ptr<kwxLoader> OpenAnother(const std::string& path, int32_t platform,
+                                         bool reads_only) const;
   // The loader with the database file open; raises CommandError (exit 2) when the file does
   // not exist or cannot be opened as a database.
   kwxLoader& OpenLoader();
@@ -52,6 +76,8 @@ struct Context {
  private:
   std::unique_ptr<kwxLoader> loader_;
   bool open_ = false;
+  // When the command began: what it waited for another program's lock is at most this long.
+  std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
 };
 
 }  // namespace kwx::cli

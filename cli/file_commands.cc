@@ -32,9 +32,25 @@ namespace {
 // The name that stands for standard input.
 constexpr const char* kStandardInput = "-";
 
+// Why `path` cannot be a data file to read ("'x': no such file", "'x' is a directory, not a
+// data file"), or "" when it may be one. Standard input always may.
+std::string NotADataFile(const std::string& path) {
+  if (path == kStandardInput) return "";
+  std::error_code ec;
+  if (!std::filesystem::exists(path, ec)) return "'" + path + "': no such file";
+  if (std::filesystem::is_directory(path, ec)) {
+    return "'" + path + "' is a directory, not a data file";
+  }
+  return "";
+}
+
 // The layout of `path`: `forced` when given, else the file's extension. Raises CommandError
 // (exit 2) when neither names one.
 enumDataFile FormatOf(const std::string& path, const std::string& forced) {
+  std::error_code ec;
+  if (path != kStandardInput && std::filesystem::is_directory(path, ec)) {
+    throw CommandError(NotADataFile(path), 2);
+  }
   std::string name = forced;
   if (name.empty()) {
     if (path == kStandardInput) return idSSG;  // a stream without a format is SSG
@@ -60,18 +76,18 @@ Variant FieldsOf(Context& ctx, kwxLoader& loader, const std::string& path, std::
   return loader.reader()->vntImportB(name);
 }
 
-// Reads one study from `path` (or standard input) into `company`. The loader is silent about
-// files it cannot read, so a study without a symbol counts as nothing imported. A file whose
-// fields have the other layout is refused before anything is mapped, with the reason written
-// to `err`.
-bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
-               Company& company) {
+// Reads one study from `path` (or standard input) into `company`; answers "" on success, else
+// why nothing was read. The loader is silent about files it cannot read, so a study without a
+// symbol counts as nothing imported. A file whose fields have the other layout is refused
+// before anything is mapped.
+std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path,
+                      enumDataFile format, Company& company) {
+  if (std::string why = NotADataFile(path); !why.empty()) return why;
   std::string stream;
   const Variant fields = FieldsOf(ctx, loader, path, stream);
   if (fields.IsArray() && !FieldsHaveLayout(fields, format)) {
-    *ctx.err << "kwx: '" << path << "' does not have the " << LayoutName(format)
-             << " layout (is --format right?)\n";
-    return false;
+    return "'" + path + "' does not have the " + std::string(LayoutName(format)) +
+           " layout (is --format right?); nothing imported";
   }
   if (path == kStandardInput) {
     loader.Stream_Get(stream, company, format);
@@ -80,7 +96,7 @@ bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDat
   } else {
     loader.SSG_Get(path, company);
   }
-  return !company.strSymbol.empty();
+  return company.strSymbol.empty() ? "nothing imported from '" + path + "'" : "";
 }
 
 // Studies saved per outer transaction of a bulk import. Each study's own save nests inside
@@ -165,8 +181,8 @@ std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, IDatabase&
                                      StudyIndex* saved, const std::string& file,
                                      enumDataFile format, const ImportArgs& args) {
   Company company;
-  if (!ReadStudy(ctx, loader, file, format, company)) {
-    *ctx.err << "kwx: nothing imported from '" << file << "'\n";
+  if (std::string why = ReadStudy(ctx, loader, file, format, company); !why.empty()) {
+    *ctx.err << "kwx: " << why << "\n";
     return std::nullopt;
   }
   if (args.defaults) loader.ComputeDefaults(company);
@@ -243,7 +259,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
       } catch (const std::exception& e) {
         bar.Clear();
         for (size_t i = start; i < end; ++i) {
-          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
         }
         failed += end - start;
         bar.Update(end);
@@ -256,7 +272,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
           line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i], formats[i],
                            *im);
         } catch (const std::exception& e) {
-          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
         }
         if (line) {
           saved.emplace_back(im->files[i], std::move(*line));
@@ -270,7 +286,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         db.CommitTrans();
       } catch (const std::exception& e) {
         for (const auto& [file, line] : saved) {
-          *ctx.err << "kwx: '" << file << "' not imported: " << e.what() << "\n";
+          *ctx.err << "kwx: '" << file << "' not imported: " << ctx.Reason(e.what()) << "\n";
         }
         failed += saved.size();
         saved.clear();
@@ -280,7 +296,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
           if (index) index.emplace(loader);
         } catch (const std::exception& e) {
           // Without the saved studies a file would be added beside the study it refreshes.
-          stopped = e.what();
+          stopped = ctx.Reason(e.what());
         }
       }
       for (const auto& [file, line] : saved) *ctx.out << line;
@@ -309,9 +325,8 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     const bool named_db = app.get_option("--db")->count() > 0 || std::getenv("KWX_DB");
     kwxLoader& loader = named_db ? ctx.OpenLoader() : ctx.Loader();
     Company company;
-    if (!ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company)) {
-      throw CommandError("nothing imported from '" + rd->file + "'");
-    }
+    const std::string why = ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company);
+    if (!why.empty()) throw CommandError(why);
     if (rd->defaults) loader.ComputeDefaults(company);
     if (rd->json) {
       *ctx.out << CompanyJson(company).dump(2) << "\n";
@@ -323,10 +338,14 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
   auto ex = std::make_shared<ExportArgs>();
   auto* exp = app.add_subcommand(
       "export", "write a saved study (by ID, or SYMBOL EXCHANGE) to OUT.kwx or OUT.ssg");
-  exp->add_option("STUDY_AND_FILE", ex->words, "ID OUT, or SYMBOL EXCHANGE OUT")
+  exp->add_option("STUDY", ex->words, "ID OUT, or SYMBOL EXCHANGE OUT")
       ->required()
-      ->expected(2, 3);
+      ->expected(1, 3);
   exp->callback([&ctx, ex] {
+    if (ex->words.size() < 2) {
+      throw CommandError("export needs the study (ID, or SYMBOL EXCHANGE) and the file to write",
+                         2);
+    }
     ctx.reads_only = true;
     const std::string out = ex->words.back();
     const enumDataFile format = FormatOf(out, "");

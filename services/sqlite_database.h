@@ -99,6 +99,13 @@ class SqliteDatabase final : public IDatabase {
   // that only reads turns this off: such a file then does not open, and LastErrorMessage says
   // that it needs an upgrade.
   void SetUpgradeAllowed(bool allowed) noexcept { upgrade_allowed_ = allowed; }
+  // How long a statement waits for another program's lock before it fails, in milliseconds
+  // (30 s unless set); a connection opened later takes the new value, as does the open one.
+  void SetBusyTimeout(int milliseconds) noexcept;
+  int BusyTimeoutMs() const noexcept { return busy_timeout_ms_; }
+  // True once a statement or transaction call of this object has failed because another
+  // program held the database locked longer than the busy timeout.
+  bool LockFailureSeen() const noexcept { return lock_failure_; }
   // Number of transaction levels open now.
   int TransactionDepth() const noexcept { return depth_; }
   // Why the last blnExecute, blnOpenDatabase, CloseNCompact or transaction call failed: the
@@ -113,6 +120,8 @@ class SqliteDatabase final : public IDatabase {
 
   void Close() noexcept;
   bool RunInternal(const char* sql) noexcept;
+  // Records a failure of the last engine call that was another program's lock.
+  void NoteLockFailure() noexcept;
   bool ExecuteOne(const std::string& sql, Variant& fields, Variant& data);
   // Keeps `message` as the last error and answers false.
   bool Refuse(std::string message);
@@ -124,6 +133,8 @@ class SqliteDatabase final : public IDatabase {
   int32_t row_count_ = 0;
   int depth_ = 0;
   bool upgrade_allowed_ = true;
+  int busy_timeout_ms_ = 30000;
+  bool lock_failure_ = false;
   // Set by an update of a series row by its key that found no row, for the very next
   // statement only: an insert into that series then takes that key (series_keys_internal.h).
   struct FreeSeriesKey {
