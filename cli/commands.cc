@@ -13,6 +13,7 @@ void AddComparisonCommands(CLI::App& app, Context& ctx);
 void AddFileCommands(CLI::App& app, Context& ctx);
 void AddDefaultsCommands(CLI::App& app, Context& ctx);
 void AddChartCommands(CLI::App& app, Context& ctx);
+void AddCopyCommands(CLI::App& app, Context& ctx);
 
 void AddCommands(CLI::App& app, Context& ctx) {
   AddDatabaseCommands(app, ctx);
@@ -22,6 +23,7 @@ void AddCommands(CLI::App& app, Context& ctx) {
   AddFileCommands(app, ctx);
   AddDefaultsCommands(app, ctx);
   AddChartCommands(app, ctx);
+  AddCopyCommands(app, ctx);
 }
 
 }  // namespace kwx::cli

@@ -89,13 +89,13 @@ bool SaysLocked(std::string_view message) {
          FindNoCase(message, "database table is locked") != std::string::npos;
 }
 
-std::string Context::Reason(std::string_view what) const {
+std::string Context::Reason(std::string_view what, const std::string& path) const {
   // A command that failed after a statement waited out another program's lock failed because
   // of that lock, whatever it guessed.
   const auto* sqlite = loader_ ? dynamic_cast<const SqliteDatabase*>(loader_->database().get())
                                : nullptr;
   if (SaysLocked(what) || (sqlite && sqlite->LockFailureSeen())) {
-    return InUseMessage(options.db_path, SecondsSince(started_));
+    return InUseMessage(path.empty() ? options.db_path : path, SecondsSince(started_));
   }
   return std::string(what);
 }

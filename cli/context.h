@@ -60,7 +60,8 @@ struct Context {
   // A failure's reason as the user reads it: `what`, except when it says the database was
   // locked or a statement of this command waited out another program's lock: then
   // InUseMessage for the --db database.
-  std::string Reason(std::string_view what) const;
+  // `path` names the database the message is about when it is not --db.
+  std::string Reason(std::string_view what, const std::string& path = "") const;
 
   // A loader on the chosen platform with no database open (created once).
   kwxLoader& Loader();
