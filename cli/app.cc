@@ -65,7 +65,10 @@ int Run(const std::vector<std::string>& args, std::istream& in, std::ostream& ou
   ctx.in = &in;
   ctx.out = &out;
   ctx.err = &err;
-  ctx.err_is_terminal = &err == &std::cerr && ::isatty(STDERR_FILENO) == 1;
+  // KWX_PROGRESS=1 draws progress bars on any standard error (a log that keeps them).
+  const char* progress = std::getenv("KWX_PROGRESS");
+  ctx.err_is_terminal = (&err == &std::cerr && ::isatty(STDERR_FILENO) == 1) ||
+                        (progress != nullptr && std::string_view(progress) == "1");
   if (const char* env = std::getenv("KWX_DB"); env && *env) {
     ctx.options.db_path = env;
   } else {

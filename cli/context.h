@@ -51,7 +51,8 @@ struct Context {
   std::istream* in = nullptr;
   std::ostream* out = nullptr;
   std::ostream* err = nullptr;
-  // True when `err` is the process's standard error and that is a terminal (progress bars).
+  // True when `err` is the process's standard error and that is a terminal, or KWX_PROGRESS
+  // is 1: progress bars are drawn.
   bool err_is_terminal = false;
   // Set by a command that only reads, before it opens the database: a file written by an
   // older version then is not upgraded (which writes) but refused with the reason.

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <sstream>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -109,6 +110,7 @@ struct ImportArgs {
   std::string format;
   bool defaults = false;
   bool new_study = false;
+  bool quiet = false;
 };
 
 struct ReadArgs {
@@ -209,6 +211,19 @@ std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, IDatabase&
          (existing > 0 ? "\tupdated" : "") + "\n";
 }
 
+// Sends the context's error stream to `to` while it lives.
+class ErrTo {
+ public:
+  ErrTo(Context& ctx, std::ostream& to) : ctx_(ctx), saved_(ctx.err) { ctx.err = &to; }
+  ~ErrTo() { ctx_.err = saved_; }
+  ErrTo(const ErrTo&) = delete;
+  ErrTo& operator=(const ErrTo&) = delete;
+
+ private:
+  Context& ctx_;
+  std::ostream* saved_;
+};
+
 struct ExportArgs {
   std::vector<std::string> words;  // the study's ID or symbol and exchange, then the file
 };
@@ -230,6 +245,9 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
   import->add_flag("--new", im->new_study,
                    "save each study as a new one even when its symbol and exchange are saved "
                    "already (by default that study is refreshed in place)");
+  import->add_flag("--quiet,-q", im->quiet,
+                   "print only what went wrong: no line per study, no progress bar and no "
+                   "summary");
   import->callback([&ctx, im] {
     const size_t total = im->files.size();
     // Every layout is settled before anything is saved: bad usage stops the command whole.
@@ -241,12 +259,13 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     // The saved studies a file may refresh, read once for the whole import.
     std::optional<StudyIndex> index;
     if (!im->new_study) index.emplace(loader);
-    ProgressBar bar(*ctx.err, ctx.err_is_terminal && total > 1, total);
+    ProgressBar bar(*ctx.err, !im->quiet && ctx.err_is_terminal && total > 1, total);
     size_t failed = 0;
     std::string stopped;  // why the files left cannot be imported, once that is so
     for (size_t start = 0; start < total; start += kImportBatch) {
       const size_t end = std::min(total, start + kImportBatch);
       if (!stopped.empty()) {
+        bar.Clear();
         for (size_t i = start; i < end; ++i) {
           *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << stopped << "\n";
         }
@@ -266,13 +285,23 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         continue;
       }
       for (size_t i = start; i < end; ++i) {
-        bar.Clear();
+        // What the file has to say is written above the bar, which otherwise stays drawn and
+        // is redrawn at its own pace rather than once per file.
+        std::ostringstream notes;
         std::optional<std::string> line;
-        try {
-          line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i], formats[i],
-                           *im);
-        } catch (const std::exception& e) {
-          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
+        {
+          ErrTo to_notes(ctx, notes);
+          try {
+            line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i],
+                             formats[i], *im);
+          } catch (const std::exception& e) {
+            notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what())
+                  << "\n";
+          }
+        }
+        if (!notes.view().empty()) {
+          bar.Clear();
+          *ctx.err << notes.view();
         }
         if (line) {
           saved.emplace_back(im->files[i], std::move(*line));
@@ -299,14 +328,18 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
           stopped = ctx.Reason(e.what());
         }
       }
-      for (const auto& [file, line] : saved) *ctx.out << line;
+      if (!im->quiet) {
+        for (const auto& [file, line] : saved) *ctx.out << line;
+      }
       ctx.out->flush();
     }
     bar.Clear();
-    char rate[32];
-    std::snprintf(rate, sizeof rate, "%.1f", bar.Rate(total));
-    *ctx.err << "kwx: imported " << (total - failed) << " of " << total << " files (" << rate
-             << " studies/s)\n";
+    if (!im->quiet) {
+      char rate[32];
+      std::snprintf(rate, sizeof rate, "%.1f", bar.Rate(total));
+      *ctx.err << "kwx: imported " << (total - failed) << " of " << total << " files (" << rate
+               << " studies/s)\n";
+    }
     if (failed > 0) {
       throw CommandError(std::to_string(failed) + " of " + std::to_string(total) +
                          " files not imported");

@@ -252,6 +252,49 @@ TEST(DatabaseCommands, ValuesThatWouldBreakOutOfTheirLiteralChangeNothing) {
   EXPECT_EQ(references(), references_before);
 }
 
+// What a user types wrong gets one line in the user's terms: the file or database that is
+// missing or a directory, the database another program holds, the command meant; the program's
+// own names never show.
+TEST(DatabaseCommands, MistakesAreToldInTheUsersTerms) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  const std::string folder = tmp.File("folder.kwx");
+  std::filesystem::create_directories(folder);
+  struct Case {
+    std::vector<std::string> args;
+    int code;
+    const char* says;
+    const char* never_says;
+  } cases[] = {
+      {{"--db", db, "import", tmp.File("gone.kwx")}, 1, "gone.kwx': no such file", "nothing"},
+      {{"--db", tmp.File("gone.db"), "list"}, 2, "gone.db': no such file", "exist"},
+      {{"--db", db, "import", folder}, 2, "folder.kwx' is a directory, not a data file", "nothing"},
+      {{"read", tmp.path().string()}, 2, "is a directory, not a data file", "layout"},
+      {{"--db", tmp.path().string(), "list"}, 2, "is a directory, not a study database", "cannot"},
+      {{"--db", db, "--wait", "1", "ref", "sector", "add", "Mining"}, 1,
+       "studies.db' is in use by another program; waited 1 s", "apostrophe"},
+      {{"--db", db, "improt", "x.kwx"}, 2, "unknown command 'improt'; did you mean 'import'?", "required"},
+      {{"--db", db, "ref", "sectr", "list"}, 2, "did you mean 'sector'?", "required"},
+      {{"--db", db, "frobnicate"}, 2, "unknown command 'frobnicate'\n", "did you mean"},
+      {{"--db", db, "init"}, 1, "exists already", "CreateDatabase"},
+      {{"--db", db, "export", "1"}, 2, "the study (ID, or SYMBOL EXCHANGE) and the file", "STUDY_AND"},
+  };
+  for (const Case& c : cases) {
+    sqlite3* other = nullptr;  // another program, holding the database while `ref` runs
+    const bool hold = c.args.size() > 3 && c.args[3] == "1";
+    if (hold) {
+      ASSERT_EQ(sqlite3_open(db.c_str(), &other), SQLITE_OK);
+      ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    const CliResult r = Kwx(c.args);
+    if (hold) sqlite3_close(other);
+    EXPECT_EQ(r.code, c.code) << c.says << ": " << r.err;
+    EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find(c.never_says), std::string::npos) << r.err;
+  }
+}
+
 // kwx copy: every study loads back the same from the copy on either platform (its CompanyID
 // aside), the members of comparisons and PERT reports follow their studies, a target holding
 // studies is refused, and a copy that fails leaves its target as it was.

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -374,6 +375,45 @@ TEST(FileCommands, AKilledImportPrintedOnlyStudiesItSaved) {
   }
   std::cout << "kill trials: " << trials << ", studies printed and checked: " << printed_in_all
             << " of " << trials * files.size() << "\n";
+}
+
+// The progress bar is redrawn at most ten times a second however fast the files go by, and
+// ends showing every file done; --quiet prints nothing but what went wrong.
+TEST(FileCommands, ProgressBarKeepsItsPaceAndQuietPrintsOnlyFailures) {
+  testing::TempDir dir;
+  const std::string db = dir.File("studies.db");
+  ASSERT_EQ(RunKwx({"--db", db, "init"}).code, 0);
+  std::vector<std::string> args = {"--db", db, "import"};
+  for (const std::string& file : KwxFiles(dir, 60)) args.push_back(file);
+
+  ::setenv("KWX_PROGRESS", "1", 1);
+  const auto start = std::chrono::steady_clock::now();
+  const CliResult drawn = RunKwx(args);
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  ::unsetenv("KWX_PROGRESS");
+  ASSERT_EQ(drawn.code, 0) << drawn.err;
+  size_t draws = 0;
+  for (size_t at = drawn.err.find("\r["); at != std::string::npos;
+       at = drawn.err.find("\r[", at + 1)) {
+    ++draws;
+  }
+  EXPECT_GE(draws, 2u);  // the first file and the last
+  EXPECT_LE(draws, 2 + static_cast<size_t>(seconds * 10)) << drawn.err;
+  EXPECT_NE(drawn.err.find("60/60 files"), std::string::npos);
+
+  args.push_back(dir.File("missing.kwx"));
+  args.push_back("--quiet");
+  const CliResult quiet = RunKwx(args);
+  EXPECT_EQ(quiet.code, 1);
+  EXPECT_EQ(quiet.out, "");
+  EXPECT_EQ(quiet.err, "kwx: '" + dir.File("missing.kwx") +
+                           "': no such file\nkwx: 1 of 61 files not imported\n");
+  args.pop_back();
+  args.pop_back();
+  args.push_back("-q");
+  const CliResult still = RunKwx(args);
+  EXPECT_EQ(still.out + still.err, "");
 }
 
 }  // namespace
