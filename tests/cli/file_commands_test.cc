@@ -174,8 +174,8 @@ TEST(FileCommands, ImportReadAndExport) {
   EXPECT_TRUE(std::filesystem::exists(dir.File("out.ssg")));
   EXPECT_EQ(RunKwx({"--db", db, "export", "1", dir.File("out.txt")}).code, 2);
   EXPECT_EQ(RunKwx({"--db", db, "export", "99", dir.File("none.kwx")}).code, 1);
-  // A target that is a folder is not replaced.
   // A target that is a folder is refused as a wrong name, and not replaced.
+  std::filesystem::create_directories(dir.File("folder.kwx"));
   EXPECT_EQ(RunKwx({"--db", db, "export", "1", dir.File("folder.kwx")}).code, 2);
   EXPECT_TRUE(std::filesystem::is_directory(dir.File("folder.kwx")));
 
