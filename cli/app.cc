@@ -1,12 +1,13 @@
 #include "cli/app.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <sstream>
 #include <string_view>
-#include <unistd.h>
 
 #include "cli/commands.h"
 #include "cli/context.h"

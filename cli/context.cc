@@ -57,9 +57,8 @@ void OpenDatabase(kwxLoader& loader, const std::string& path, const GlobalOption
   // the bare refusal.
   const std::string why = sqlite ? sqlite->LastErrorMessage() : std::string();
   if (SaysLocked(why)) throw CommandError(InUseMessage(path, SecondsSince(start)), 2);
-  throw CommandError("cannot open '" + path + "' as a study database" +
-                         (why.empty() ? "" : ": " + why),
-                     2);
+  throw CommandError(
+      "cannot open '" + path + "' as a study database" + (why.empty() ? "" : ": " + why), 2);
 }
 
 }  // namespace
@@ -80,8 +79,8 @@ void InitDatabase(const std::string& path) {
 }
 
 std::string InUseMessage(const std::string& path, int waited_seconds) {
-  return "'" + path + "' is in use by another program; waited " +
-         std::to_string(waited_seconds) + " s (try again later, or wait longer with --wait)";
+  return "'" + path + "' is in use by another program; waited " + std::to_string(waited_seconds) +
+         " s (try again later, or wait longer with --wait)";
 }
 
 bool SaysLocked(std::string_view message) {
@@ -92,8 +91,8 @@ bool SaysLocked(std::string_view message) {
 std::string Context::Reason(std::string_view what, const std::string& path) const {
   // A command that failed after a statement waited out another program's lock failed because
   // of that lock, whatever it guessed.
-  const auto* sqlite = loader_ ? dynamic_cast<const SqliteDatabase*>(loader_->database().get())
-                               : nullptr;
+  const auto* sqlite =
+      loader_ ? dynamic_cast<const SqliteDatabase*>(loader_->database().get()) : nullptr;
   if (SaysLocked(what) || (sqlite && sqlite->LockFailureSeen())) {
     return InUseMessage(path.empty() ? options.db_path : path, SecondsSince(started_));
   }

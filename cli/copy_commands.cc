@@ -49,8 +49,8 @@ Rows Query(kwxLoader& loader, const std::string& sql) {
 // The keys of `table` in ascending order (the order the rows were made in).
 std::vector<int32_t> Keys(kwxLoader& loader, const TableDef& table) {
   const std::string key(table.key);
-  const Rows rows = Query(loader, "select " + key + " from " + std::string(table.name) +
-                                      " order by " + key + " asc");
+  const Rows rows = Query(
+      loader, "select " + key + " from " + std::string(table.name) + " order by " + key + " asc");
   std::vector<int32_t> keys;
   for (int32_t r = 0; r < rows.Count(); ++r) keys.push_back(CLng(rows.Value(key, r)));
   return keys;
@@ -59,8 +59,7 @@ std::vector<int32_t> Keys(kwxLoader& loader, const TableDef& table) {
 // The CompanyIDs with a judgment row in every judgment table `platform` reads: the studies whose
 // judgments a loader on that platform loads (it loads none for a study that misses one table).
 std::set<int32_t> StudiesWithJudgments(kwxLoader& loader, int32_t platform) {
-  const PlatformUse other =
-      platform == kPlatformSP ? PlatformUse::PlainOnly : PlatformUse::SPOnly;
+  const PlatformUse other = platform == kPlatformSP ? PlatformUse::PlainOnly : PlatformUse::SPOnly;
   std::set<int32_t> found;
   bool first = true;
   for (const TableDef& table : AllTables()) {
@@ -84,8 +83,7 @@ std::set<int32_t> StudiesWithJudgments(kwxLoader& loader, int32_t platform) {
 // True when a table or column of the database is read and written only on the platform other
 // than `platform`: a study then has data a loader on `platform` alone does not carry.
 bool OtherPlatformHasData(int32_t platform) {
-  const PlatformUse other =
-      platform == kPlatformSP ? PlatformUse::PlainOnly : PlatformUse::SPOnly;
+  const PlatformUse other = platform == kPlatformSP ? PlatformUse::PlainOnly : PlatformUse::SPOnly;
   for (const TableDef& table : AllTables()) {
     if (table.platform == other) return true;
     for (const ColumnDef& column : table.columns) {
@@ -125,7 +123,8 @@ void CopyReferenceTables(kwxLoader& from, kwxLoader& to) {
 int32_t CopyStudy(kwxLoader& from, kwxLoader& to, int32_t id, int32_t new_id, bool judgments) {
   Company study;
   from.Access_Get(id, "", "", study);
-  if (study.CompanyID != id) throw CommandError("study " + std::to_string(id) + " could not be read");
+  if (study.CompanyID != id)
+    throw CommandError("study " + std::to_string(id) + " could not be read");
   study.CompanyID = new_id;
   to.Access_Update(study, judgments);
   if (!to.LastUpdateCommitted() || study.CompanyID < 1) {
@@ -194,9 +193,9 @@ std::vector<int32_t> CopyLists(kwxLoader& from, kwxLoader& to, const ListCopy<Li
     if (repeated) {
       Variant fields, data;
       const std::string id_text = std::to_string(list.*kind.id);
-      if (!to.database()->blnExecute(UpdateFieldSql(kind.table.name, "Name", SqlText(name),
-                                                    kind.table.key, id_text),
-                                     fields, data) ||
+      if (!to.database()->blnExecute(
+              UpdateFieldSql(kind.table.name, "Name", SqlText(name), kind.table.key, id_text),
+              fields, data) ||
           to.database()->lngRowCount() != 1) {
         throw CommandError(std::string(kind.table.name) + " " + std::to_string(old_id) +
                            " could not be named in the target");
@@ -267,7 +266,8 @@ void CopyDatabase(Context& ctx, const std::string& to_path) {
   IDatabase& db = *to.database();
   for (TableId id : kFilledBy) {
     const TableDef& table = GetTable(id);
-    if (Query(to, "select " + std::string(table.key) + " from " + std::string(table.name)).Count() > 0) {
+    if (Query(to, "select " + std::string(table.key) + " from " + std::string(table.name)).Count() >
+        0) {
       throw CommandError("'" + to_path +
                          "' holds studies, comparisons or PERT reports already; copy into a new "
                          "file or an empty database (kwx init)");
@@ -285,9 +285,9 @@ void CopyDatabase(Context& ctx, const std::string& to_path) {
     source_other = ctx.OpenAnother(ctx.options.db_path, other, true);
     judged_other = StudiesWithJudgments(*source_other, other);
   }
-  const size_t lists = static_cast<size_t>(
-      Query(source, LoadTableSql(GetTable(TableId::Comparison).name)).Count() +
-      Query(source, LoadTableSql(GetTable(TableId::PERTReport).name)).Count());
+  const size_t lists =
+      static_cast<size_t>(Query(source, LoadTableSql(GetTable(TableId::Comparison).name)).Count() +
+                          Query(source, LoadTableSql(GetTable(TableId::PERTReport).name)).Count());
   const size_t total = studies.size() * (source_other ? 2 : 1) + lists;
   ProgressBar bar(*ctx.err, ctx.err_is_terminal && total > 1, total, "studies");
   size_t done = 0;

@@ -7,9 +7,9 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <span>
 #include <sstream>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -81,8 +81,8 @@ Variant FieldsOf(Context& ctx, kwxLoader& loader, const std::string& path, std::
 // why nothing was read. The loader is silent about files it cannot read, so a study without a
 // symbol counts as nothing imported. A file whose fields have the other layout is refused
 // before anything is mapped.
-std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path,
-                      enumDataFile format, Company& company) {
+std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
+                      Company& company) {
   if (std::string why = NotADataFile(path); !why.empty()) return why;
   std::string stream;
   const Variant fields = FieldsOf(ctx, loader, path, stream);
@@ -278,7 +278,8 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
       } catch (const std::exception& e) {
         bar.Clear();
         for (size_t i = start; i < end; ++i) {
-          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what())
+                   << "\n";
         }
         failed += end - start;
         bar.Update(end);
@@ -292,11 +293,10 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         {
           ErrTo to_notes(ctx, notes);
           try {
-            line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i],
-                             formats[i], *im);
+            line = ImportOne(ctx, loader, db, index ? &*index : nullptr, im->files[i], formats[i],
+                             *im);
           } catch (const std::exception& e) {
-            notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what())
-                  << "\n";
+            notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
           }
         }
         if (!notes.view().empty()) {
@@ -358,7 +358,8 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     const bool named_db = app.get_option("--db")->count() > 0 || std::getenv("KWX_DB");
     kwxLoader& loader = named_db ? ctx.OpenLoader() : ctx.Loader();
     Company company;
-    const std::string why = ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company);
+    const std::string why =
+        ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company);
     if (!why.empty()) throw CommandError(why);
     if (rd->defaults) loader.ComputeDefaults(company);
     if (rd->json) {
@@ -371,9 +372,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
   auto ex = std::make_shared<ExportArgs>();
   auto* exp = app.add_subcommand(
       "export", "write a saved study (by ID, or SYMBOL EXCHANGE) to OUT.kwx or OUT.ssg");
-  exp->add_option("STUDY", ex->words, "ID OUT, or SYMBOL EXCHANGE OUT")
-      ->required()
-      ->expected(1, 3);
+  exp->add_option("STUDY", ex->words, "ID OUT, or SYMBOL EXCHANGE OUT")->required()->expected(1, 3);
   exp->callback([&ctx, ex] {
     if (ex->words.size() < 2) {
       throw CommandError("export needs the study (ID, or SYMBOL EXCHANGE) and the file to write",

@@ -49,7 +49,6 @@ constexpr const char* kRollback = "ROLLBACK TO SAVEPOINT kwx_trans; RELEASE SAVE
 // it walks fit, and memory stays bounded however many files an import reads.
 constexpr const char* kCacheSize = "PRAGMA cache_size = -16384";
 
-
 struct StatementFinalizer {
   void operator()(sqlite3_stmt* stmt) const noexcept { sqlite3_finalize(stmt); }
 };

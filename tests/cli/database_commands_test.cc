@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <nlohmann/json.hpp>
-
 #include <cstdlib>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -272,13 +271,21 @@ TEST(DatabaseCommands, MistakesAreToldInTheUsersTerms) {
       {{"--db", db, "import", folder}, 2, "folder.kwx' is a directory, not a data file", "nothing"},
       {{"read", tmp.path().string()}, 2, "is a directory, not a data file", "layout"},
       {{"--db", tmp.path().string(), "list"}, 2, "is a directory, not a study database", "cannot"},
-      {{"--db", db, "--wait", "1", "ref", "sector", "add", "Mining"}, 1,
-       "studies.db' is in use by another program; waited 1 s", "apostrophe"},
-      {{"--db", db, "improt", "x.kwx"}, 2, "unknown command 'improt'; did you mean 'import'?", "required"},
+      {{"--db", db, "--wait", "1", "ref", "sector", "add", "Mining"},
+       1,
+       "studies.db' is in use by another program; waited 1 s",
+       "apostrophe"},
+      {{"--db", db, "improt", "x.kwx"},
+       2,
+       "unknown command 'improt'; did you mean 'import'?",
+       "required"},
       {{"--db", db, "ref", "sectr", "list"}, 2, "did you mean 'sector'?", "required"},
       {{"--db", db, "frobnicate"}, 2, "unknown command 'frobnicate'\n", "did you mean"},
       {{"--db", db, "init"}, 1, "exists already", "CreateDatabase"},
-      {{"--db", db, "export", "1"}, 2, "the study (ID, or SYMBOL EXCHANGE) and the file", "STUDY_AND"},
+      {{"--db", db, "export", "1"},
+       2,
+       "the study (ID, or SYMBOL EXCHANGE) and the file",
+       "STUDY_AND"},
   };
   for (const Case& c : cases) {
     sqlite3* other = nullptr;  // another program, holding the database while `ref` runs
@@ -303,7 +310,8 @@ TEST(DatabaseCommands, CopyCarriesEveryStudyAndListIntoANewOrEmptyDatabase) {
   const std::string db = tmp.File("studies.db");
   ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
   for (const char* name : {"BWP.kwx", "CPLM.kwx", "HVG.ssg"}) {
-    ASSERT_EQ(Kwx({"--db", db, "import", testing::WriteFile(tmp.File(name), Sample(name))}).code, 0);
+    ASSERT_EQ(Kwx({"--db", db, "import", testing::WriteFile(tmp.File(name), Sample(name))}).code,
+              0);
   }
   // A study of the other platform: its judgment groups are that platform's own.
   const std::string lrs = testing::WriteFile(tmp.File("LRS.kwx"), Sample("LRS.kwx"));
@@ -327,8 +335,7 @@ TEST(DatabaseCommands, CopyCarriesEveryStudyAndListIntoANewOrEmptyDatabase) {
     if (j.is_object()) j.erase("CompanyID");
     return j;
   };
-  const std::pair<const char*, const char*> studies[] = {
-      {"1", "BWP"}, {"3", "HVG"}, {"4", "LRS"}};
+  const std::pair<const char*, const char*> studies[] = {{"1", "BWP"}, {"3", "HVG"}, {"4", "LRS"}};
   for (const auto& [id, symbol] : studies) {
     for (const char* platform : {"plain", "sp"}) {
       const nlohmann::json original = study(db, platform, {id});
@@ -342,8 +349,9 @@ TEST(DatabaseCommands, CopyCarriesEveryStudyAndListIntoANewOrEmptyDatabase) {
     std::vector<std::string> out;
     const nlohmann::json list = nlohmann::json::parse(r.out);
     for (const auto& m : list["Members"]) {
-      out.push_back(Kwx({"--db", file, "sql", "select strSymbol from Company where CompanyID = " +
-                                                 std::to_string(m["CompanyID"].get<int>())})
+      out.push_back(Kwx({"--db", file, "sql",
+                         "select strSymbol from Company where CompanyID = " +
+                             std::to_string(m["CompanyID"].get<int>())})
                         .out);
     }
     return out;
