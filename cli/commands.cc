@@ -14,6 +14,7 @@ void AddFileCommands(CLI::App& app, Context& ctx);
 void AddDefaultsCommands(CLI::App& app, Context& ctx);
 void AddChartCommands(CLI::App& app, Context& ctx);
 void AddSeriesCommands(CLI::App& app, Context& ctx);
+void AddCopyCommands(CLI::App& app, Context& ctx);
 
 void AddCommands(CLI::App& app, Context& ctx) {
   AddDatabaseCommands(app, ctx);
@@ -24,6 +25,7 @@ void AddCommands(CLI::App& app, Context& ctx) {
   AddDefaultsCommands(app, ctx);
   AddChartCommands(app, ctx);
   AddSeriesCommands(app, ctx);
+  AddCopyCommands(app, ctx);
 }
 
 }  // namespace kwx::cli

@@ -73,8 +73,7 @@ void PrintRowsJson(std::ostream& out, const Variant& fields, const Variant& data
 void AddDatabaseCommands(CLI::App& app, Context& ctx) {
   auto* init = app.add_subcommand("init", "create a new, empty study database (never overwrites)");
   init->callback([&ctx] {
-    Status s = CreateDatabase(ctx.options.db_path);
-    if (!s.ok()) throw CommandError(s.message());
+    InitDatabase(ctx.options.db_path);
     *ctx.out << "created " << ctx.options.db_path << "\n";
   });
 

@@ -8,6 +8,8 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <span>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -30,9 +32,25 @@ namespace {
 // The name that stands for standard input.
 constexpr const char* kStandardInput = "-";
 
+// Why `path` cannot be a data file to read ("'x': no such file", "'x' is a directory, not a
+// data file"), or "" when it may be one. Standard input always may.
+std::string NotADataFile(const std::string& path) {
+  if (path == kStandardInput) return "";
+  std::error_code ec;
+  if (!std::filesystem::exists(path, ec)) return "'" + path + "': no such file";
+  if (std::filesystem::is_directory(path, ec)) {
+    return "'" + path + "' is a directory, not a data file";
+  }
+  return "";
+}
+
 // The layout of `path`: `forced` when given, else the file's extension. Raises CommandError
 // (exit 2) when neither names one.
 enumDataFile FormatOf(const std::string& path, const std::string& forced) {
+  std::error_code ec;
+  if (path != kStandardInput && std::filesystem::is_directory(path, ec)) {
+    throw CommandError(NotADataFile(path), 2);
+  }
   if (forced.empty() && path == kStandardInput) return idSSG;  // a stream without a format is SSG
   if (const auto format = forced.empty() ? LayoutOfFile(path) : LayoutNamed(forced)) {
     return *format;
@@ -40,25 +58,27 @@ enumDataFile FormatOf(const std::string& path, const std::string& forced) {
   throw CommandError("cannot tell the layout of '" + path + "' (use --format ssg|kwx)", 2);
 }
 
-// Reads one study from `path` (standard input for "-", decoded and split as a file is) into
-// `company`. A file whose fields have the other layout is refused before anything is mapped;
-// why nothing was read is written to `err`.
-bool ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
-               Company& company) {
+// Reads one study from `path` into `company`: from `fields` when the file was read ahead (Empty
+// for a file that could not be read), else by reading it; standard input ("-") is decoded and
+// split as a file is. Answers "" on success, else why nothing was read. A file whose fields
+// have the other layout is refused before anything is mapped.
+std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
+                      Company& company, const Variant* fields = nullptr) {
+  if (std::string why = NotADataFile(path); !why.empty()) return why;
   ImportStatus status;
   if (path == kStandardInput) {
     const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
     status = ReadStudyText(loader, StreamTextOfDataFile(bytes), format, "'" + path + "'", company);
+  } else if (fields != nullptr) {
+    status = ReadStudyFields(loader, *fields, path, format, company);
   } else {
     status = ReadStudyFile(loader, path, format, company);
   }
   if (status.problem == ImportProblem::kNotThatLayout) {
-    *ctx.err << "kwx: '" << path << "' does not have the " << LayoutName(format)
-             << " layout (is --format right?)\n";
-  } else if (!status.ok()) {
-    *ctx.err << "kwx: " << status.message << "\n";
+    return "'" + path + "' does not have the " + std::string(LayoutName(format)) +
+           " layout (is --format right?); nothing imported";
   }
-  return status.ok();
+  return status.ok() ? "" : status.message;
 }
 
 // Studies saved per outer transaction of a bulk import. Each study's own save nests inside
@@ -71,6 +91,7 @@ struct ImportArgs {
   std::string format;
   bool defaults = false;
   bool new_study = false;
+  bool quiet = false;
 };
 
 struct ReadArgs {
@@ -88,8 +109,8 @@ std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, StudyIndex
                                      const std::string& file, enumDataFile format,
                                      const ImportArgs& args) {
   Company company;
-  if (!ReadStudy(ctx, loader, file, format, company)) {
-    *ctx.err << "kwx: nothing imported from '" << file << "'\n";
+  if (std::string why = ReadStudy(ctx, loader, file, format, company); !why.empty()) {
+    *ctx.err << "kwx: " << why << "\n";
     return std::nullopt;
   }
   if (args.defaults) loader.ComputeDefaults(company);
@@ -110,6 +131,19 @@ std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, StudyIndex
   return std::to_string(company.CompanyID) + "\t" + company.strSymbol + "\t" + company.strName +
          (save.refreshed ? "\tupdated" : "") + "\n";
 }
+
+// Sends the context's error stream to `to` while it lives.
+class ErrTo {
+ public:
+  ErrTo(Context& ctx, std::ostream& to) : ctx_(ctx), saved_(ctx.err) { ctx.err = &to; }
+  ~ErrTo() { ctx_.err = saved_; }
+  ErrTo(const ErrTo&) = delete;
+  ErrTo& operator=(const ErrTo&) = delete;
+
+ private:
+  Context& ctx_;
+  std::ostream* saved_;
+};
 
 struct ExportArgs {
   std::vector<std::string> words;  // the study's ID or symbol and exchange, then the file
@@ -132,6 +166,9 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
   import->add_flag("--new", im->new_study,
                    "save each study as a new one even when its symbol and exchange are saved "
                    "already (by default that study is refreshed in place)");
+  import->add_flag("--quiet,-q", im->quiet,
+                   "print only what went wrong: no line per study, no progress bar and no "
+                   "summary");
   import->callback([&ctx, im] {
     const size_t total = im->files.size();
     // Every layout is settled before anything is saved: bad usage stops the command whole.
@@ -143,12 +180,13 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     // The saved studies a file may refresh, read once for the whole import.
     std::optional<StudyIndex> index;
     if (!im->new_study) index.emplace(loader);
-    ProgressBar bar(*ctx.err, ctx.err_is_terminal && total > 1, total);
+    ProgressBar bar(*ctx.err, !im->quiet && ctx.err_is_terminal && total > 1, total);
     size_t failed = 0;
     std::string stopped;  // why the files left cannot be imported, once that is so
     for (size_t start = 0; start < total; start += kImportBatch) {
       const size_t end = std::min(total, start + kImportBatch);
       if (!stopped.empty()) {
+        bar.Clear();
         for (size_t i = start; i < end; ++i) {
           *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << stopped << "\n";
         }
@@ -161,19 +199,29 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
       } catch (const std::exception& e) {
         bar.Clear();
         for (size_t i = start; i < end; ++i) {
-          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
+          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what())
+                   << "\n";
         }
         failed += end - start;
         bar.Update(end);
         continue;
       }
       for (size_t i = start; i < end; ++i) {
-        bar.Clear();
+        // What the file has to say is written above the bar, which otherwise stays drawn and
+        // is redrawn at its own pace rather than once per file.
+        std::ostringstream notes;
         std::optional<std::string> line;
-        try {
-          line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i], *im);
-        } catch (const std::exception& e) {
-          *ctx.err << "kwx: '" << im->files[i] << "' not imported: " << e.what() << "\n";
+        {
+          ErrTo to_notes(ctx, notes);
+          try {
+            line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i], *im);
+          } catch (const std::exception& e) {
+            notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
+          }
+        }
+        if (!notes.view().empty()) {
+          bar.Clear();
+          *ctx.err << notes.view();
         }
         if (line) {
           saved.emplace_back(im->files[i], std::move(*line));
@@ -187,7 +235,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         db.CommitTrans();
       } catch (const std::exception& e) {
         for (const auto& [file, line] : saved) {
-          *ctx.err << "kwx: '" << file << "' not imported: " << e.what() << "\n";
+          *ctx.err << "kwx: '" << file << "' not imported: " << ctx.Reason(e.what()) << "\n";
         }
         failed += saved.size();
         saved.clear();
@@ -197,17 +245,21 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
           if (index) index.emplace(loader);
         } catch (const std::exception& e) {
           // Without the saved studies a file would be added beside the study it refreshes.
-          stopped = e.what();
+          stopped = ctx.Reason(e.what());
         }
       }
-      for (const auto& [file, line] : saved) *ctx.out << line;
+      if (!im->quiet) {
+        for (const auto& [file, line] : saved) *ctx.out << line;
+      }
       ctx.out->flush();
     }
     bar.Clear();
-    char rate[32];
-    std::snprintf(rate, sizeof rate, "%.1f", bar.Rate(total));
-    *ctx.err << "kwx: imported " << (total - failed) << " of " << total << " files (" << rate
-             << " studies/s)\n";
+    if (!im->quiet) {
+      char rate[32];
+      std::snprintf(rate, sizeof rate, "%.1f", bar.Rate(total));
+      *ctx.err << "kwx: imported " << (total - failed) << " of " << total << " files (" << rate
+               << " studies/s)\n";
+    }
     if (failed > 0) {
       throw CommandError(std::to_string(failed) + " of " + std::to_string(total) +
                          " files not imported");
@@ -226,9 +278,9 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     const bool named_db = app.get_option("--db")->count() > 0 || std::getenv("KWX_DB");
     kwxLoader& loader = named_db ? ctx.OpenLoader() : ctx.Loader();
     Company company;
-    if (!ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company)) {
-      throw CommandError("nothing imported from '" + rd->file + "'");
-    }
+    const std::string why =
+        ReadStudy(ctx, loader, rd->file, FormatOf(rd->file, rd->format), company);
+    if (!why.empty()) throw CommandError(why);
     if (rd->defaults) loader.ComputeDefaults(company);
     if (rd->json) {
       *ctx.out << CompanyJson(company).dump(2) << "\n";
@@ -240,10 +292,12 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
   auto ex = std::make_shared<ExportArgs>();
   auto* exp = app.add_subcommand(
       "export", "write a saved study (by ID, or SYMBOL EXCHANGE) to OUT.kwx or OUT.ssg");
-  exp->add_option("STUDY_AND_FILE", ex->words, "ID OUT, or SYMBOL EXCHANGE OUT")
-      ->required()
-      ->expected(2, 3);
+  exp->add_option("STUDY", ex->words, "ID OUT, or SYMBOL EXCHANGE OUT")->required()->expected(1, 3);
   exp->callback([&ctx, ex] {
+    if (ex->words.size() < 2) {
+      throw CommandError("export needs the study (ID, or SYMBOL EXCHANGE) and the file to write",
+                         2);
+    }
     ctx.reads_only = true;
     const std::string out = ex->words.back();
     const enumDataFile format = FormatOf(out, "");

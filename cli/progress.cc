@@ -5,8 +5,12 @@
 
 namespace kwx::cli {
 
-ProgressBar::ProgressBar(std::ostream& err, bool enabled, size_t total)
-    : err_(err), enabled_(enabled), total_(total), start_(std::chrono::steady_clock::now()) {}
+ProgressBar::ProgressBar(std::ostream& err, bool enabled, size_t total, const char* items)
+    : err_(err),
+      enabled_(enabled),
+      total_(total),
+      items_(items),
+      start_(std::chrono::steady_clock::now()) {}
 
 double ProgressBar::Rate(size_t done) const {
   const double seconds =
@@ -24,9 +28,9 @@ void ProgressBar::Update(size_t done) {
   const double rate = Rate(done);
   const long left = rate > 0 ? static_cast<long>(static_cast<double>(total_ - done) / rate) : 0;
   char line[160];
-  std::snprintf(line, sizeof line, "\r[%s%s] %zu/%zu files  %.1f studies/s  %ld:%02ld left ",
+  std::snprintf(line, sizeof line, "\r[%s%s] %zu/%zu %s  %.1f studies/s  %ld:%02ld left ",
                 std::string(filled, '#').c_str(), std::string(kWidth - filled, ' ').c_str(), done,
-                total_, rate, left / 60, left % 60);
+                total_, items_, rate, left / 60, left % 60);
   err_ << line << std::flush;
   drawn_ = true;
 }

@@ -11,8 +11,8 @@ namespace kwx::cli {
 class ProgressBar {
  public:
   // Draws on `err` when `enabled` (the caller has checked that it is a terminal); otherwise
-  // every call does nothing.
-  ProgressBar(std::ostream& err, bool enabled, size_t total);
+  // every call does nothing. `items` names what is counted ("files").
+  ProgressBar(std::ostream& err, bool enabled, size_t total, const char* items = "files");
   ~ProgressBar() { Clear(); }
 
   // Redraws: items done of total, items per second, time left. Redraws at most ten times a
@@ -28,6 +28,7 @@ class ProgressBar {
   std::ostream& err_;
   bool enabled_;
   size_t total_;
+  const char* items_;
   bool drawn_ = false;
   std::chrono::steady_clock::time_point start_;
   std::chrono::steady_clock::time_point last_draw_;

@@ -30,6 +30,12 @@ class DatabaseEngine : public IDatabase {
   // engine's own message, or the object's reason for refusing a statement text before the
   // engine saw it. Empty after a blnExecute that succeeded.
   virtual const std::string& LastErrorMessage() const noexcept = 0;
+  // How long a statement waits for another program's lock before it fails (milliseconds),
+  // from the next blnOpenDatabase on. An engine without such a wait ignores it.
+  virtual void SetBusyTimeout(int milliseconds) noexcept { (void)milliseconds; }
+  // True when a statement or transaction call since the last open failed because another
+  // program held the database past the wait.
+  virtual bool LockFailureSeen() const noexcept { return false; }
 };
 
 }  // namespace kwx

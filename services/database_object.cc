@@ -22,6 +22,7 @@ void DatabaseObject::Choose(const std::string& path) {
   if (!trace_path_.empty()) engine_->SetTraceFile(trace_path_);
   if (trace_callback_) engine_->SetTraceCallback(trace_callback_);
   engine_->SetUpgradeAllowed(upgrade_allowed_);
+  if (busy_timeout_ms_ >= 0) engine_->SetBusyTimeout(busy_timeout_ms_);
 }
 
 bool DatabaseObject::blnOpenDatabase(std::string& path) {
@@ -47,6 +48,11 @@ void DatabaseObject::SetTraceCallback(TraceCallback callback) {
 void DatabaseObject::SetUpgradeAllowed(bool allowed) noexcept {
   upgrade_allowed_ = allowed;
   engine_->SetUpgradeAllowed(allowed);
+}
+
+void DatabaseObject::SetBusyTimeout(int milliseconds) noexcept {
+  busy_timeout_ms_ = milliseconds;
+  engine_->SetBusyTimeout(milliseconds);
 }
 
 }  // namespace kwx

@@ -36,6 +36,8 @@ class DatabaseObject final : public DatabaseEngine {
   bool SetTraceFile(const std::string& path) override;
   void SetTraceCallback(TraceCallback callback) override;
   void SetUpgradeAllowed(bool allowed) noexcept override;
+  void SetBusyTimeout(int milliseconds) noexcept override;
+  bool LockFailureSeen() const noexcept override { return engine_->LockFailureSeen(); }
   int TransactionDepth() const noexcept override { return engine_->TransactionDepth(); }
   const std::string& LastErrorMessage() const noexcept override {
     return engine_->LastErrorMessage();
@@ -53,6 +55,7 @@ class DatabaseObject final : public DatabaseEngine {
   std::string trace_path_;
   TraceCallback trace_callback_;
   bool upgrade_allowed_ = true;
+  int busy_timeout_ms_ = -1;  // the engine's own until set
 };
 
 }  // namespace kwx

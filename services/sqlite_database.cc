@@ -48,10 +48,6 @@ constexpr const char* kRollback = "ROLLBACK TO SAVEPOINT kwx_trans; RELEASE SAVE
 // it walks fit, and memory stays bounded however many files an import reads.
 constexpr const char* kCacheSize = "PRAGMA cache_size = -16384";
 
-// How long a statement waits for another program's lock before it fails. Set before the
-// first statement of a connection: reading the schema already needs a lock.
-constexpr int kBusyTimeoutMs = 30000;
-
 struct StatementFinalizer {
   void operator()(sqlite3_stmt* stmt) const noexcept { sqlite3_finalize(stmt); }
 };
@@ -59,7 +55,7 @@ using StatementPtr = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
 // Opens an existing database file; never creates one. A file that exists but is not a
 // database opens without complaint, so the schema is read once to find out.
-sqlite3* OpenExisting(const std::string& path, std::string& error) {
+sqlite3* OpenExisting(const std::string& path, int busy_timeout_ms, std::string& error) {
   if (path.empty()) {
     error = "no database file named";
     return nullptr;
@@ -69,7 +65,8 @@ sqlite3* OpenExisting(const std::string& path, std::string& error) {
   // per-call locking of it is pure cost: every column read would take and drop a mutex.
   const int rc =
       sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-  if (rc == SQLITE_OK) sqlite3_busy_timeout(db, kBusyTimeoutMs);
+  // Set before the first statement of the connection: reading the schema already needs a lock.
+  if (rc == SQLITE_OK) sqlite3_busy_timeout(db, busy_timeout_ms);
   if (rc != SQLITE_OK ||
       sqlite3_exec(db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) !=
           SQLITE_OK) {
@@ -207,7 +204,7 @@ bool SqliteDatabase::RunInternal(const char* sql) noexcept {
 bool SqliteDatabase::blnOpenDatabase(std::string& path) {
   Close();
   last_error_.clear();
-  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, last_error_));
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, busy_timeout_ms_, last_error_));
   if (!db) return false;
   // Safety first (see the class comment): a commit is on disk when it returns. The journal
   // mode is the file's own and is left as it is: changing it needs the file to itself, and a
@@ -233,7 +230,7 @@ bool SqliteDatabase::blnOpenDatabase(std::string& path) {
 
 bool SqliteDatabase::CloseNCompact(std::string& path) {
   Close();
-  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, last_error_));
+  std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, busy_timeout_ms_, last_error_));
   if (!db) return false;
   if (sqlite3_exec(db.get(), "VACUUM", nullptr, nullptr, nullptr) != SQLITE_OK) {
     last_error_ = sqlite3_errmsg(db.get());
@@ -244,8 +241,10 @@ bool SqliteDatabase::CloseNCompact(std::string& path) {
 }
 
 bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant& data) {
-  return trace_.Run(sql, fields, data, row_count_, last_error_,
-                    [&] { return ExecuteOne(sql, fields, data); });
+  const bool ok = trace_.Run(sql, fields, data, row_count_, last_error_,
+                             [&] { return ExecuteOne(sql, fields, data); });
+  if (!ok) NoteLockFailure();
+  return ok;
 }
 
 const std::string* SqliteDatabase::TemplateShape(const StatementTemplate& shape) {
@@ -291,6 +290,7 @@ bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Vari
     return ran.value_or(false);
   });
   if (!compiled) return IDatabase::blnExecuteComposed(statement, fields, data);
+  if (!ok) NoteLockFailure();
   // The text is composed only for a trace that asks for it.
   if (trace_.on()) ResumeNext([&] { trace_.Write(statement.Text(), ok, row_count_); });
   return ok;
@@ -445,6 +445,7 @@ void SqliteDatabase::BeginTrans() {
   if (depth_ > 0 && sqlite3_get_autocommit(db_.get())) depth_ = 0;  // ended by a statement
   if (!RunInternal(depth_ == 0 ? kBegin : kSavepoint)) {
     last_error_ = std::string("BeginTrans failed: ") + sqlite3_errmsg(db_.get());
+    NoteLockFailure();
     throw AutomationError(err::kInvalidCall, last_error_);
   }
   ++depth_;
@@ -468,6 +469,7 @@ void SqliteDatabase::CommitTrans() {
   // learns of it from the error.
   std::string message = std::string("CommitTrans failed: ") + sqlite3_errmsg(db_.get());
   last_error_ = message;
+  NoteLockFailure();
   RunInternal(outermost ? kRollbackAll : kRollback);
   --depth_;
   throw AutomationError(err::kInvalidCall, std::move(message));
@@ -491,6 +493,17 @@ void SqliteDatabase::RollbackTrans() {
 }
 
 bool SqliteDatabase::SetTraceFile(const std::string& path) { return trace_.SetFile(path); }
+
+void SqliteDatabase::NoteLockFailure() noexcept {
+  if (!db_) return;
+  const int code = sqlite3_errcode(db_.get()) & 0xff;
+  if (code == SQLITE_BUSY || code == SQLITE_LOCKED) lock_failure_ = true;
+}
+
+void SqliteDatabase::SetBusyTimeout(int milliseconds) noexcept {
+  busy_timeout_ms_ = milliseconds;
+  if (db_) sqlite3_busy_timeout(db_.get(), milliseconds);
+}
 
 void SqliteDatabase::SetTraceCallback(TraceCallback callback) {
   trace_.SetCallback(std::move(callback));

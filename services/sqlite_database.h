@@ -104,6 +104,13 @@ class SqliteDatabase final : public DatabaseEngine {
   // that only reads turns this off: such a file then does not open, and LastErrorMessage says
   // that it needs an upgrade.
   void SetUpgradeAllowed(bool allowed) noexcept override { upgrade_allowed_ = allowed; }
+  // How long a statement waits for another program's lock before it fails, in milliseconds
+  // (30 s unless set); a connection opened later takes the new value, as does the open one.
+  void SetBusyTimeout(int milliseconds) noexcept override;
+  int BusyTimeoutMs() const noexcept { return busy_timeout_ms_; }
+  // True once a statement or transaction call of this object has failed because another
+  // program held the database locked longer than the busy timeout.
+  bool LockFailureSeen() const noexcept override { return lock_failure_; }
   // Number of transaction levels open now.
   int TransactionDepth() const noexcept override { return depth_; }
   // Why the last blnExecute, blnOpenDatabase, CloseNCompact or transaction call failed: the
@@ -118,6 +125,8 @@ class SqliteDatabase final : public DatabaseEngine {
 
   void Close() noexcept;
   bool RunInternal(const char* sql) noexcept;
+  // Records a failure of the last engine call that was another program's lock.
+  void NoteLockFailure() noexcept;
   bool ExecuteOne(const std::string& sql, Variant& fields, Variant& data);
   // Runs the translated `shape` with `values` bound, on the statement compiled once for it.
   // std::nullopt when SQLite does not take the shape as it stands (a value stood where it
@@ -135,6 +144,8 @@ class SqliteDatabase final : public DatabaseEngine {
   int32_t row_count_ = 0;
   int depth_ = 0;
   bool upgrade_allowed_ = true;
+  int busy_timeout_ms_ = 30000;
+  bool lock_failure_ = false;
   // Set by an update of a series row by its key that found no row, for the very next
   // statement only: an insert into that series then takes that key (series_keys_internal.h).
   struct FreeSeriesKey {

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -67,7 +68,7 @@ TEST(DatabaseCommands, InitRefSqlAndTheTraceOnAFreshDatabase) {
     std::vector<std::string> args;
     const char* says;
   } bad[] = {
-      {{"--db", (dir / "missing.db").string(), "ref", "sector", "list"}, "does not exist"},
+      {{"--db", (dir / "missing.db").string(), "ref", "sector", "list"}, "no such file"},
       {{"--db", db, "frobnicate"}, "unknown command 'frobnicate'"},
       {{"--db", db, "ref", "sector", "delete", "x"}, "x"},
       {{"--db", testing::WriteFile((dir / "junk.db").string(), std::string(200, 'j')), "list"},
@@ -275,6 +276,140 @@ TEST(DatabaseCommands, ValuesThatWouldBreakOutOfTheirLiteralChangeNothing) {
   // The file's exchange name is never stored, nor anything made of other studies' values.
   Kwx({"--db", db, "import", "--format", "ssg", hostile});
   EXPECT_EQ(references(), references_before);
+}
+
+// What a user types wrong gets one line in the user's terms: the file or database that is
+// missing or a directory, the database another program holds, the command meant; the program's
+// own names never show.
+TEST(DatabaseCommands, MistakesAreToldInTheUsersTerms) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  const std::string folder = tmp.File("folder.kwx");
+  std::filesystem::create_directories(folder);
+  struct Case {
+    std::vector<std::string> args;
+    int code;
+    const char* says;
+    const char* never_says;
+  } cases[] = {
+      {{"--db", db, "import", tmp.File("gone.kwx")}, 1, "gone.kwx': no such file", "nothing"},
+      {{"--db", tmp.File("gone.db"), "list"}, 2, "gone.db': no such file", "exist"},
+      {{"--db", db, "import", folder}, 2, "folder.kwx' is a directory, not a data file", "nothing"},
+      {{"read", tmp.path().string()}, 2, "is a directory, not a data file", "layout"},
+      {{"--db", tmp.path().string(), "list"}, 2, "is a directory, not a study database", "cannot"},
+      {{"--db", db, "--wait", "1", "ref", "sector", "add", "Mining"},
+       1,
+       "studies.db' is in use by another program; waited 1 s",
+       "apostrophe"},
+      {{"--db", db, "improt", "x.kwx"},
+       2,
+       "unknown command 'improt'; did you mean 'import'?",
+       "required"},
+      {{"--db", db, "ref", "sectr", "list"}, 2, "did you mean 'sector'?", "required"},
+      {{"--db", db, "frobnicate"}, 2, "unknown command 'frobnicate'\n", "did you mean"},
+      {{"--db", db, "init"}, 1, "exists already", "CreateDatabase"},
+      {{"--db", db, "export", "1"},
+       2,
+       "the study (ID, or SYMBOL EXCHANGE) and the file",
+       "STUDY_AND"},
+  };
+  for (const Case& c : cases) {
+    sqlite3* other = nullptr;  // another program, holding the database while `ref` runs
+    const bool hold = c.args.size() > 3 && c.args[3] == "1";
+    if (hold) {
+      ASSERT_EQ(sqlite3_open(db.c_str(), &other), SQLITE_OK);
+      ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    }
+    const CliResult r = Kwx(c.args);
+    if (hold) sqlite3_close(other);
+    EXPECT_EQ(r.code, c.code) << c.says << ": " << r.err;
+    EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find(c.never_says), std::string::npos) << r.err;
+  }
+}
+
+// kwx copy: every study loads back the same from the copy on either platform (its CompanyID
+// aside), the members of comparisons and PERT reports follow their studies, a target holding
+// studies is refused, and a copy that fails leaves its target as it was.
+TEST(DatabaseCommands, CopyCarriesEveryStudyAndListIntoANewOrEmptyDatabase) {
+  testing::TempDir tmp;
+  const std::string db = tmp.File("studies.db");
+  ASSERT_EQ(Kwx({"--db", db, "init"}).code, 0);
+  for (const char* name : {"BWP.kwx", "CPLM.kwx", "HVG.ssg"}) {
+    ASSERT_EQ(Kwx({"--db", db, "import", testing::WriteFile(tmp.File(name), Sample(name))}).code,
+              0);
+  }
+  // A study of the other platform: its judgment groups are that platform's own.
+  const std::string lrs = testing::WriteFile(tmp.File("LRS.kwx"), Sample("LRS.kwx"));
+  ASSERT_EQ(Kwx({"--db", db, "--platform", "sp", "import", lrs}).code, 0);
+  ASSERT_EQ(Kwx({"--db", db, "delete", "2"}).code, 0);  // the copy's IDs differ
+  ASSERT_EQ(Kwx({"--db", db, "comparison", "save", "Club", "4", "1", "3"}).code, 0);
+  ASSERT_EQ(Kwx({"--db", db, "pert", "save", "Watch", "3", "4"}).code, 0);
+
+  const std::string copy = tmp.File("copy.db");
+  const CliResult copied = Kwx({"--db", db, "copy", copy});
+  ASSERT_EQ(copied.code, 0) << copied.err;
+  EXPECT_EQ(copied.out, "copied 3 studies, 1 comparisons and 1 PERT reports into " + copy + "\n");
+
+  auto study = [&](const std::string& file, const std::string& platform,
+                   std::vector<std::string> which) {
+    which.insert(which.begin(), {"--db", file, "--platform", platform, "show"});
+    which.push_back("--json");
+    const CliResult r = Kwx(which);
+    EXPECT_EQ(r.code, 0) << r.err;
+    nlohmann::json j = nlohmann::json::parse(r.out, nullptr, false);
+    if (j.is_object()) j.erase("CompanyID");
+    return j;
+  };
+  const std::pair<const char*, const char*> studies[] = {{"1", "BWP"}, {"3", "HVG"}, {"4", "LRS"}};
+  for (const auto& [id, symbol] : studies) {
+    for (const char* platform : {"plain", "sp"}) {
+      const nlohmann::json original = study(db, platform, {id});
+      EXPECT_EQ(study(copy, platform, {symbol, original.value("ExchangeID", "")}), original)
+          << symbol << " on " << platform;
+    }
+  }
+  // Members in their order, each the same study as before.
+  auto symbols = [&](const std::string& file, const char* kind) {
+    const CliResult r = Kwx({"--db", file, kind, "show", "1", "--json"});
+    std::vector<std::string> out;
+    const nlohmann::json list = nlohmann::json::parse(r.out);
+    for (const auto& m : list["Members"]) {
+      out.push_back(Kwx({"--db", file, "sql",
+                         "select strSymbol from Company where CompanyID = " +
+                             std::to_string(m["CompanyID"].get<int>())})
+                        .out);
+    }
+    return out;
+  };
+  EXPECT_EQ(symbols(copy, "comparison"), symbols(db, "comparison"));
+  EXPECT_EQ(symbols(copy, "pert"), symbols(db, "pert"));
+  EXPECT_EQ(symbols(copy, "comparison").size(), 3u);
+
+  // A target that holds studies is refused and left alone.
+  const std::string before = Kwx({"--db", copy, "list"}).out;
+  const CliResult again = Kwx({"--db", db, "copy", copy});
+  EXPECT_EQ(again.code, 1);
+  EXPECT_NE(again.err.find("holds studies"), std::string::npos) << again.err;
+  EXPECT_EQ(Kwx({"--db", copy, "list"}).out, before);
+
+  // A copy that fails part-way (another program holds the target) leaves it empty, and a new
+  // file it would have made is not left behind.
+  const std::string empty = tmp.File("empty.db");
+  ASSERT_EQ(Kwx({"--db", empty, "init"}).code, 0);
+  sqlite3* lock = nullptr;
+  ASSERT_EQ(sqlite3_open(empty.c_str(), &lock), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(lock, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  const CliResult locked = Kwx({"--db", db, "--wait", "0", "copy", empty});
+  sqlite3_exec(lock, "ROLLBACK", nullptr, nullptr, nullptr);
+  sqlite3_close(lock);
+  EXPECT_EQ(locked.code, 1);
+  EXPECT_NE(locked.err.find("in use by another program"), std::string::npos) << locked.err;
+  EXPECT_EQ(Kwx({"--db", empty, "sql", "select count(*) from Company"}).out, "count(*)\n0\n");
+  EXPECT_EQ(Kwx({"--db", db, "copy", empty}).code, 0);
+  EXPECT_EQ(Kwx({"--db", db, "copy", tmp.File("no/such/folder.db")}).code, 1);
+  EXPECT_FALSE(std::filesystem::exists(tmp.File("no")));
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 #include <signal.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -140,7 +141,7 @@ TEST(FileCommands, ImportReadAndExport) {
        "",
        1,
        "1\tAAA\tAlpha\tupdated\n",
-       "no such file: '" + dir.File("missing.kwx") + "'"},
+       "'" + dir.File("missing.kwx") + "': no such file"},
       {{"import", dir.File("missing.kwx"), blank}, "", 1, "", "imported 0 of 2 files"},
       {{"import", blank}, "", 1, "", "'" + blank + "' holds no study (it gives no symbol)"},
       {{"import", "--format", "kwx", as_kwx}, "", 0, "3\tCCC\tGamma\n", "imported 1 of 1"},
@@ -174,9 +175,9 @@ TEST(FileCommands, ImportReadAndExport) {
   EXPECT_TRUE(std::filesystem::exists(dir.File("out.ssg")));
   EXPECT_EQ(RunKwx({"--db", db, "export", "1", dir.File("out.txt")}).code, 2);
   EXPECT_EQ(RunKwx({"--db", db, "export", "99", dir.File("none.kwx")}).code, 1);
-  // A target that is a folder is not replaced.
+  // A target that is a folder is refused as a wrong name, and not replaced.
   std::filesystem::create_directories(dir.File("folder.kwx"));
-  EXPECT_EQ(RunKwx({"--db", db, "export", "1", dir.File("folder.kwx")}).code, 1);
+  EXPECT_EQ(RunKwx({"--db", db, "export", "1", dir.File("folder.kwx")}).code, 2);
   EXPECT_TRUE(std::filesystem::is_directory(dir.File("folder.kwx")));
 
   // A file of the other layout is refused whatever its name or --format says, and nothing of
@@ -375,6 +376,48 @@ TEST(FileCommands, AKilledImportPrintedOnlyStudiesItSaved) {
   }
   std::cout << "kill trials: " << trials << ", studies printed and checked: " << printed_in_all
             << " of " << trials * files.size() << "\n";
+}
+
+// The progress bar is redrawn at most ten times a second however fast the files go by, and
+// ends showing every file done; --quiet prints nothing but what went wrong.
+TEST(FileCommands, ProgressBarKeepsItsPaceAndQuietPrintsOnlyFailures) {
+  testing::TempDir dir;
+  const std::string db = dir.File("studies.db");
+  ASSERT_EQ(RunKwx({"--db", db, "init"}).code, 0);
+  std::vector<std::string> args = {"--db", db, "import"};
+  for (const std::string& file : KwxFiles(dir, 60)) args.push_back(file);
+
+  ::setenv("KWX_PROGRESS", "1", 1);
+  const auto start = std::chrono::steady_clock::now();
+  const CliResult drawn = RunKwx(args);
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  ::unsetenv("KWX_PROGRESS");
+  ASSERT_EQ(drawn.code, 0) << drawn.err;
+  size_t draws = 0;
+  for (size_t at = drawn.err.find("\r["); at != std::string::npos;
+       at = drawn.err.find("\r[", at + 1)) {
+    ++draws;
+  }
+  EXPECT_GE(draws, 2u);  // the first file and the last
+  // At most ten a second, besides the first, the last and the one after each of the two
+  // batches' commits (the bar is cleared while a batch's lines are printed). Per file, as
+  // before, would be 60.
+  EXPECT_LE(draws, 4 + static_cast<size_t>(seconds * 10)) << drawn.err;
+  EXPECT_NE(drawn.err.find("60/60 files"), std::string::npos);
+
+  args.push_back(dir.File("missing.kwx"));
+  args.push_back("--quiet");
+  const CliResult quiet = RunKwx(args);
+  EXPECT_EQ(quiet.code, 1);
+  EXPECT_EQ(quiet.out, "");
+  EXPECT_EQ(quiet.err, "kwx: '" + dir.File("missing.kwx") +
+                           "': no such file\nkwx: 1 of 61 files not imported\n");
+  args.pop_back();
+  args.pop_back();
+  args.push_back("-q");
+  const CliResult still = RunKwx(args);
+  EXPECT_EQ(still.out + still.err, "");
 }
 
 }  // namespace
