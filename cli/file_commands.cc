@@ -15,10 +15,12 @@
 
 #include "automation/conversions.h"
 #include "automation/errors.h"
+#include "automation/registry.h"
 #include "cli/commands.h"
 #include "cli/context.h"
 #include "cli/error_reports.h"
 #include "cli/progress.h"
+#include "cli/read_ahead.h"
 #include "cli/study_lookup.h"
 #include "import/layout_check.h"
 #include "json/company_json.h"
@@ -105,11 +107,12 @@ struct ReadArgs {
 // whose symbol and exchange are saved already is refreshed in place (same CompanyID) unless
 // `saved` is null (--new asks for a second one). Answers the line to print once the batch has
 // committed, or nothing when the file was not saved (the reason already written to `err`).
+// `fields` is the file's field array when it was read ahead.
 std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, StudyIndex* saved,
                                      const std::string& file, enumDataFile format,
-                                     const ImportArgs& args) {
+                                     const ImportArgs& args, const Variant* fields) {
   Company company;
-  if (std::string why = ReadStudy(ctx, loader, file, format, company); !why.empty()) {
+  if (std::string why = ReadStudy(ctx, loader, file, format, company, fields); !why.empty()) {
     *ctx.err << "kwx: " << why << "\n";
     return std::nullopt;
   }
@@ -180,6 +183,20 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     // The saved studies a file may refresh, read once for the whole import.
     std::optional<StudyIndex> index;
     if (!im->new_study) index.emplace(loader);
+    // The files are read and split on a thread of their own, a few ahead of the saves, by a
+    // data-file object of the loader's kind (the loader's own serves the saves' thread).
+    std::optional<ReadAhead> ahead;
+    if (total > 1) {
+      const char* kind =
+          loader.ProgramPlatform() == kPlatformSP ? progid::kDataFileSP : progid::kDataFile;
+      if (std::shared_ptr<IDataFile> reader = CreateObjectAs<IDataFile>(kind)) {
+        ahead.emplace(im->files, [reader](const std::string& path) {
+          if (path == kStandardInput) return Variant();
+          std::string name = path;
+          return reader->vntImportB(name);
+        });
+      }
+    }
     ProgressBar bar(*ctx.err, !im->quiet && ctx.err_is_terminal && total > 1, total);
     size_t failed = 0;
     std::string stopped;  // why the files left cannot be imported, once that is so
@@ -214,7 +231,9 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         {
           ErrTo to_notes(ctx, notes);
           try {
-            line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i], *im);
+            const Variant fields = ahead ? ahead->Take(i) : Variant();
+            line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i],
+                             *im, ahead && im->files[i] != kStandardInput ? &fields : nullptr);
           } catch (const std::exception& e) {
             notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
           }

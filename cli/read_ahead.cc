@@ -41,15 +41,17 @@ void ReadAhead::Work() {
   }
 }
 
-Variant ReadAhead::Take() {
+Variant ReadAhead::Take(size_t index) {
   std::unique_lock<std::mutex> hold(lock_);
-  if (taken_ >= paths_.size()) return Variant();
-  changed_.wait(hold, [&] { return !ready_.empty(); });
-  Variant fields = std::move(ready_.front());
-  ready_.pop_front();
-  ++taken_;
-  hold.unlock();
-  changed_.notify_all();
+  if (index < taken_ || index >= paths_.size()) return Variant();
+  Variant fields;
+  while (taken_ <= index) {
+    changed_.wait(hold, [&] { return !ready_.empty(); });
+    fields = std::move(ready_.front());  // those before `index` are dropped
+    ready_.pop_front();
+    ++taken_;
+    changed_.notify_all();
+  }
   return fields;
 }
 

@@ -28,9 +28,9 @@ class ReadAhead {
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
 
-  // The result of the next path, in the order given (the first call answers paths[0]). Empty
-  // once every path has been taken.
-  Variant Take();
+  // The result for paths[index]; the results of the paths before it that were not taken are
+  // dropped. Empty for an index taken already or out of range.
+  Variant Take(size_t index);
 
  private:
   void Work();

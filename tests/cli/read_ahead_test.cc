@@ -28,15 +28,18 @@ TEST(ReadAhead, AnswersInOrderBoundedAndStopsEarly) {
       return Variant(path);
     }, 3);
     for (int i = 0; i < 50; ++i) {
-      const Variant got = ahead.Take();
-      taken.fetch_add(1);
+      if (i == 20) i = 30;  // ten skipped: dropped unread by the caller
+      taken.store(i);
+      const Variant got = ahead.Take(i);
+      taken.store(i + 1);
       if (i == 7) {
         EXPECT_TRUE(got.IsEmpty()) << "a read that raises reads as nothing";
       } else {
         ASSERT_EQ(got.AsString(), std::to_string(i));
       }
     }
-    EXPECT_TRUE(ahead.Take().IsEmpty()) << "nothing after the last path";
+    EXPECT_TRUE(ahead.Take(50).IsEmpty()) << "nothing after the last path";
+    EXPECT_TRUE(ahead.Take(3).IsEmpty()) << "nothing twice";
   }
   // The depth plus the one being read and the one just taken.
   EXPECT_LE(most_ahead.load(), 5);
@@ -48,7 +51,7 @@ TEST(ReadAhead, AnswersInOrderBoundedAndStopsEarly) {
       ++reads;
       return Variant(path);
     }, 2);
-    EXPECT_EQ(ahead.Take().AsString(), "0");
+    EXPECT_EQ(ahead.Take(0).AsString(), "0");
   }
   EXPECT_LE(reads.load(), 4);
 }
