@@ -70,12 +70,15 @@ void InitDatabase(const std::string& path) {
                        "' exists already; init never overwrites a file (name a new one with --db)");
   }
   const Status s = CreateDatabase(path);
-  if (s.ok()) return;
+  if (!s.ok()) throw CommandError("cannot create the database " + CreationReason(s));
+}
+
+std::string CreationReason(const Status& status) {
   // The message names the routine first; the user needs only the path and the reason.
   constexpr std::string_view kRoutine = "CreateDatabase: ";
-  std::string_view text = s.message();
+  std::string_view text = status.message();
   if (text.starts_with(kRoutine)) text.remove_prefix(kRoutine.size());
-  throw CommandError("cannot create the database " + std::string(text));
+  return std::string(text);
 }
 
 std::string InUseMessage(const std::string& path, int waited_seconds) {

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "loader/kwx_loader.h"
+#include "services/status.h"
 
 namespace kwx::cli {
 
@@ -45,6 +46,9 @@ bool SaysLocked(std::string_view message);
 // Creates the new, empty study database `path` (the path as --db takes it); raises
 // CommandError (exit 1) when `path` exists already or cannot be created.
 void InitDatabase(const std::string& path);
+// A creation failure's message for a person: the path and the reason, without the routine's
+// name.
+std::string CreationReason(const Status& status);
 
 struct Context {
   GlobalOptions options;

@@ -17,14 +17,16 @@
 #include "automation/safe_array.h"
 #include "automation/text.h"
 #include "cli/commands.h"
-#include "cli/error_reports.h"
-#include "json/company_json.h"
 #include "cli/context.h"
+#include "cli/error_reports.h"
 #include "cli/progress.h"
+#include "json/company_json.h"
 #include "model/company.h"
 #include "model/comparison.h"
 #include "model/pert_report.h"
 #include "model/schema.h"
+#include "services/create_database.h"
+#include "services/postgres_database.h"
 
 namespace kwx::cli {
 namespace {
@@ -241,6 +243,15 @@ void CopyDatabase(Context& ctx, const std::string& to_path) {
   const bool made = to_path.find("://") == std::string::npos &&
                     !std::filesystem::exists(std::filesystem::symlink_status(to_path, ec));
   if (made) InitDatabase(to_path);
+  if (IsPostgresUri(to_path)) {
+    // A server database holds no study tables until it is initialised; one that holds them
+    // already is checked below like a file.
+    const Status created = CreateDatabase(to_path);
+    if (!created.ok() && created.message().find(kAlreadyAStudyDatabase) == std::string::npos) {
+      throw CommandError("cannot prepare '" + to_path + "' for the copy: " +
+                         CreationReason(created));
+    }
+  }
   struct Cleanup {
     const std::string& path;
     bool made;

@@ -302,7 +302,7 @@ Status CreatePostgresDatabase(const std::string& uri) {
   std::string comment;
   const std::optional<bool> has = HasStudyTables(conn, comment, error);
   if (!has) return Status::Error("CreateDatabase: " + uri + ": " + error);
-  if (*has) return Status::Error("CreateDatabase: " + uri + " already holds a study database");
+  if (*has) return Status::Error("CreateDatabase: " + uri + " " + kAlreadyAStudyDatabase);
   auto run = [&](const std::string& sql) {
     Result r(PQexec(conn, sql.c_str()));
     if (PQresultStatus(r.get()) == PGRES_COMMAND_OK) return true;

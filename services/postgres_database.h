@@ -29,6 +29,9 @@ bool IsPostgresUri(std::string_view path) noexcept;
 // Lays out the study tables (the same declarations as a new SQLite file: schema_ddl_internal.h)
 // in the PostgreSQL database `uri`, in one transaction, marked with the current schema
 // version. Refuses a database that holds a study table already (nothing is changed then).
+// What CreatePostgresDatabase's message says of a server database that holds the study tables
+// already.
+inline constexpr const char* kAlreadyAStudyDatabase = "already holds a study database";
 Status CreatePostgresDatabase(const std::string& uri);
 
 // One connection at a time, opened from a libpq URI; "postgresql://" alone takes every setting

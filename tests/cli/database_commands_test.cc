@@ -471,6 +471,26 @@ TEST(EngineParity, EveryCommandAnswersAndTracesAsOnSqlite) {
   }
   EXPECT_GT(file.trace.size(), 500u);
   EXPECT_EQ(pg.trace, file.trace);
+
+  // A club moves its file onto a server database not initialised yet, and back into a new file:
+  // every study reads as it did.
+  const std::string moved = tmp.Database("moved");
+  ASSERT_EQ(Kwx({"--db", tmp.File("studies.db"), "copy", moved}).code, 0);
+  ASSERT_EQ(Kwx({"--db", moved, "copy", tmp.File("back.db")}).code, 0);
+  auto studies = [&](const std::string& db) {
+    std::vector<nlohmann::json> all;
+    for (const auto& row : nlohmann::json::parse(Kwx({"--db", db, "list", "--json"}).out)) {
+      nlohmann::json study = nlohmann::json::parse(
+          Kwx({"--db", db, "show", std::to_string(row["CompanyID"].get<int>()), "--json"}).out);
+      study.erase("CompanyID");
+      all.push_back(std::move(study));
+    }
+    return all;
+  };
+  const std::vector<nlohmann::json> before = studies(tmp.File("studies.db"));
+  EXPECT_EQ(before.size(), 4u);
+  EXPECT_EQ(studies(moved), before);
+  EXPECT_EQ(studies(tmp.File("back.db")), before);
 }
 
 }  // namespace
