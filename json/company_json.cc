@@ -146,7 +146,10 @@ nlohmann::json CompanyJson(const Company& company) {
 
 void CompanyFromJson(const nlohmann::json& study, Company& company) {
   if (!study.is_object()) throw std::invalid_argument("a study is an object of its fields");
-  for (const auto& [key, value] : study.items()) {
+  for (const auto& item : study.items()) {
+    // Named, not bound: a lambda below refers to them.
+    const std::string& key = item.key();
+    const nlohmann::json& value = item.value();
     if (key == "CompanyID") {
       if (!value.is_number_integer()) throw std::invalid_argument("'CompanyID' is a whole number");
       company.CompanyID = value.get<int32_t>();
