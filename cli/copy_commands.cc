@@ -272,7 +272,7 @@ void CopyDatabase(Context& ctx, const std::string& to_path) {
         for (int32_t id : studies) to->Access_Delete(id);
       }
     }
-  } cleanup{to_path, made};
+  } cleanup{to_path, made, false, nullptr, nullptr, {}, {}, {}};
   cleanup.to = ctx.OpenAnother(to_path, platform, false);
   kwxLoader& to = *cleanup.to;
   IDatabase& db = *to.database();
