@@ -13,6 +13,7 @@
 
 #include "automation/errors.h"
 #include "automation/safe_array.h"
+#include "automation/text.h"
 #include "common/helpers.h"
 #include "services/jet_dialect.h"
 #include "services/schema_upgrade_internal.h"
@@ -247,6 +248,20 @@ bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant
   return ok;
 }
 
+namespace {
+
+// True when value `value` of `shape` stands in the statement's condition. A text compared there
+// is compared without regard to case, which the statement's own translation spells out and the
+// template's shape (written with numbers) does not: such a statement runs as its text.
+bool InCondition(const StatementTemplate& shape, size_t value) {
+  for (size_t piece = 0; piece <= value && piece < shape.pieces.size(); ++piece) {
+    if (FindNoCase(shape.pieces[piece], "where") != std::string::npos) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 const std::string* SqliteDatabase::TemplateShape(const StatementTemplate& shape) {
   auto found = template_shapes_.find(shape.id);
   if (found == template_shapes_.end()) {
@@ -279,7 +294,9 @@ bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Vari
   composed_values_.resize(statement.literals.size());
   for (size_t i = 0; i < statement.literals.size(); ++i) {
     if (!LiteralParameter(statement.literals[i], statement.shape->columns[i],
-                          composed_values_[i])) {
+                          composed_values_[i]) ||
+        (composed_values_[i].kind == SqlParameter::Kind::Text &&
+         InCondition(*statement.shape, i))) {
       return IDatabase::blnExecuteComposed(statement, fields, data);
     }
   }

@@ -132,6 +132,17 @@ TEST_F(DatabaseTest, ComposedStatementsStoreWhatTheirTextStores) {
           << statement.Text() << " column " << c;
     }
   }
+  // A text compared in the condition ignores case, as in the statement's text.
+  StatementTemplate compared;
+  compared.pieces = {"Update T set i=", " where s = ", ""};
+  compared.columns = {"i", "s"};
+  ASSERT_TRUE(Exec("insert into T (K, s) select 9999, 'Mixed Case'"));
+  ComposedStatement by_name{&compared, {"77", "'MIXED case'"}};
+  {
+    Variant fields, data;
+    EXPECT_TRUE(db_.blnExecuteComposed(by_name, fields, data));
+    EXPECT_EQ(db_.lngRowCount(), 1);
+  }
   ComposedStatement changed{&update, {"'new'", "'11/22/2026'", "1"}};
   Variant fields, data;
   EXPECT_TRUE(db_.blnExecuteComposed(changed, fields, data));
