@@ -208,6 +208,20 @@ std::optional<SqlParameter> NumberValue(std::string_view text) {
 // database keeps the apostrophe itself.
 constexpr std::string_view kStatementApostrophe = "\xC3\xBF";
 
+// `text` with each U+00FF turned back into the apostrophe it stands for.
+std::string WithApostrophes(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  size_t from = 0;
+  for (size_t at = text.find(kStatementApostrophe); at != std::string_view::npos;
+       at = text.find(kStatementApostrophe, from)) {
+    out.append(text.substr(from, at - from)).push_back('\'');
+    from = at + kStatementApostrophe.size();
+  }
+  out.append(text.substr(from));
+  return out;
+}
+
 // True when a column of that name stores dates in the declared tables (names compared without
 // regard to case, as the engine compares them).
 bool IsDateColumn(std::string_view name) {
@@ -326,14 +340,7 @@ class Translator {
       }
     }
     if (!is_date && text.find(kStatementApostrophe) != std::string_view::npos) {
-      stored.clear();
-      size_t from = 0;
-      for (size_t at = text.find(kStatementApostrophe); at != std::string_view::npos;
-           at = text.find(kStatementApostrophe, from)) {
-        stored.append(text.substr(from, at - from)).push_back('\'');
-        from = at + kStatementApostrophe.size();
-      }
-      stored.append(text.substr(from));
+      stored = WithApostrophes(text);
       text = stored;
     }
     if (Lifting()) {
@@ -646,14 +653,7 @@ bool LiteralParameter(std::string_view literal, std::string_view column, SqlPara
       }
     }
   }
-  value.text.clear();
-  size_t from = 0;
-  for (size_t at = body.find(kStatementApostrophe); at != std::string_view::npos;
-       at = body.find(kStatementApostrophe, from)) {
-    value.text.append(body.substr(from, at - from)).push_back('\'');
-    from = at + kStatementApostrophe.size();
-  }
-  value.text.append(body.substr(from));
+  value.text = WithApostrophes(body);
   return true;
 }
 
