@@ -16,15 +16,21 @@ ReadAhead::~ReadAhead() {
     const std::lock_guard<std::mutex> hold(lock_);
     stop_ = true;
   }
-  changed_.notify_all();
+  room_.notify_all();
   worker_.join();
 }
 
 void ReadAhead::Work() {
   for (const std::string& path : paths_) {
     {
+      // Once full, the reader sleeps until half the results are taken and then reads on in a
+      // burst: one wake-up per half a queue, not one per file.
       std::unique_lock<std::mutex> hold(lock_);
-      changed_.wait(hold, [&] { return stop_ || ready_.size() < depth_; });
+      if (ready_.size() >= depth_) {
+        reader_waits_ = true;
+        room_.wait(hold, [&] { return stop_ || ready_.size() <= depth_ / 2; });
+        reader_waits_ = false;
+      }
       if (stop_) return;
     }
     Variant fields;
@@ -33,11 +39,13 @@ void ReadAhead::Work() {
     } catch (...) {
       fields = Variant();
     }
+    bool wake = false;
     {
       const std::lock_guard<std::mutex> hold(lock_);
       ready_.push_back(std::move(fields));
+      wake = taker_waits_;
     }
-    changed_.notify_all();
+    if (wake) arrived_.notify_one();
   }
 }
 
@@ -46,11 +54,15 @@ Variant ReadAhead::Take(size_t index) {
   if (index < taken_ || index >= paths_.size()) return Variant();
   Variant fields;
   while (taken_ <= index) {
-    changed_.wait(hold, [&] { return !ready_.empty(); });
+    if (ready_.empty()) {
+      taker_waits_ = true;
+      arrived_.wait(hold, [&] { return !ready_.empty(); });
+      taker_waits_ = false;
+    }
     fields = std::move(ready_.front());  // those before `index` are dropped
     ready_.pop_front();
     ++taken_;
-    changed_.notify_all();
+    if (reader_waits_ && ready_.size() <= depth_ / 2) room_.notify_one();
   }
   return fields;
 }

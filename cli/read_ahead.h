@@ -22,7 +22,7 @@ class ReadAhead {
   // most `depth` results ahead of Take. A read that raises gives Empty, as a file that cannot
   // be read does. `read` must use nothing the caller's thread uses meanwhile.
   ReadAhead(std::vector<std::string> paths, std::function<Variant(const std::string&)> read,
-            size_t depth = 8);
+            size_t depth = 16);
   // Stops the reading thread and waits for it.
   ~ReadAhead();
   ReadAhead(const ReadAhead&) = delete;
@@ -39,10 +39,13 @@ class ReadAhead {
   const std::function<Variant(const std::string&)> read_;
   const size_t depth_;
   std::mutex lock_;
-  std::condition_variable changed_;
+  std::condition_variable room_;     // the reader waits for room in the queue
+  std::condition_variable arrived_;  // Take waits for a result
   std::deque<Variant> ready_;
   size_t taken_ = 0;
   bool stop_ = false;
+  bool reader_waits_ = false;
+  bool taker_waits_ = false;
   std::thread worker_;  // last: started once everything it uses exists
 };
 

@@ -11,6 +11,7 @@
 #include "services/postgres_database.h"
 #include "services/schema_ddl_internal.h"
 #include "services/schema_upgrade_internal.h"
+#include "services/sqlite_support_internal.h"
 
 namespace kwx {
 namespace {
@@ -29,6 +30,7 @@ Status CreateDatabase(const std::string& path) {
     return Status::Error("CreateDatabase: " + path + " already exists");
   }
 
+  sqlite_support::PrepareSqliteLibrary();
   sqlite3* raw = nullptr;
   const int rc =
       sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);

@@ -61,6 +61,7 @@ sqlite3* OpenExisting(const std::string& path, int busy_timeout_ms, std::string&
     error = "no database file named";
     return nullptr;
   }
+  sqlite_support::PrepareSqliteLibrary();
   sqlite3* db = nullptr;
   // One caller at a time uses the connection (see the class comment), so SQLite's own
   // per-call locking of it is pure cost: every column read would take and drop a mutex.
@@ -248,21 +249,8 @@ bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant
   return ok;
 }
 
-namespace {
-
-// True when value `value` of `shape` stands in the statement's condition. A text compared there
-// is compared without regard to case, which the statement's own translation spells out and the
-// template's shape (written with numbers) does not: such a statement runs as its text.
-bool InCondition(const StatementTemplate& shape, size_t value) {
-  for (size_t piece = 0; piece <= value && piece < shape.pieces.size(); ++piece) {
-    if (FindNoCase(shape.pieces[piece], "where") != std::string::npos) return true;
-  }
-  return false;
-}
-
-}  // namespace
-
-const std::string* SqliteDatabase::TemplateShape(const StatementTemplate& shape) {
+const SqliteDatabase::TemplateRun* SqliteDatabase::TemplateShape(
+    const StatementTemplate& shape) {
   auto found = template_shapes_.find(shape.id);
   if (found == template_shapes_.end()) {
     // The template written with 0 for every value: each must come out as one lifted 0, in
@@ -279,30 +267,39 @@ const std::string* SqliteDatabase::TemplateShape(const StatementTemplate& shape)
         std::all_of(lifted.values.begin(), lifted.values.end(), [](const SqlParameter& p) {
           return p.kind == SqlParameter::Kind::Integer && p.integer == 0;
         });
-    found = template_shapes_.emplace(shape.id, usable ? std::move(lifted.shape) : "").first;
+    // A text compared in the condition is compared without regard to case, which the
+    // statement's own translation spells out and the shape (written with numbers) does not.
+    size_t condition_from = 0;
+    while (condition_from < shape.pieces.size() &&
+           FindNoCase(shape.pieces[condition_from], "where") == std::string::npos) {
+      ++condition_from;
+    }
+    found = template_shapes_
+                .emplace(shape.id, TemplateRun{usable ? std::move(lifted.shape) : "",
+                                               condition_from})
+                .first;
   }
-  return found->second.empty() ? nullptr : &found->second;
+  return found->second.shape.empty() ? nullptr : &found->second;
 }
 
 bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Variant& fields,
                                         Variant& data) {
-  const std::string* shape =
+  const TemplateRun* run =
       db_ && statement.shape != nullptr ? TemplateShape(*statement.shape) : nullptr;
-  if (shape == nullptr || statement.literals.size() != statement.shape->columns.size()) {
+  if (run == nullptr || statement.literals.size() != statement.shape->columns.size()) {
     return IDatabase::blnExecuteComposed(statement, fields, data);
   }
   composed_values_.resize(statement.literals.size());
   for (size_t i = 0; i < statement.literals.size(); ++i) {
     if (!LiteralParameter(statement.literals[i], statement.shape->columns[i],
                           composed_values_[i]) ||
-        (composed_values_[i].kind == SqlParameter::Kind::Text &&
-         InCondition(*statement.shape, i))) {
+        (composed_values_[i].kind == SqlParameter::Kind::Text && i >= run->condition_from)) {
       return IDatabase::blnExecuteComposed(statement, fields, data);
     }
   }
   bool compiled = true;
   const bool ok = StatementTrace::Answer(fields, data, row_count_, last_error_, [&] {
-    const std::optional<bool> ran = RunShape(*shape, composed_values_, fields, data);
+    const std::optional<bool> ran = RunShape(run->shape, composed_values_, fields, data);
     compiled = ran.has_value();
     return ran.value_or(false);
   });

@@ -133,8 +133,15 @@ class SqliteDatabase final : public DatabaseEngine {
   // takes no parameter): the statement's plain translation decides then.
   std::optional<bool> RunShape(const std::string& shape, const std::vector<SqlParameter>& values,
                                Variant& fields, Variant& data);
-  // The translated shape of the template's statements, or null when they run as text.
-  const std::string* TemplateShape(const StatementTemplate& shape);
+  // How a template's statements run: the translated shape they take (empty when they run as
+  // text), and the first value standing in the condition (the piece before it says `where`),
+  // from which on a text value makes the statement run as text.
+  struct TemplateRun {
+    std::string shape;
+    size_t condition_from = 0;
+  };
+  // How the template's statements run, or null when they run as text.
+  const TemplateRun* TemplateShape(const StatementTemplate& shape);
   // Keeps `message` as the last error and answers false.
   bool Refuse(std::string message);
 
@@ -155,9 +162,9 @@ class SqliteDatabase final : public DatabaseEngine {
   std::optional<FreeSeriesKey> free_series_key_;
   // The key the last statement, an insert of a series row, gave its row (for the next one).
   std::optional<FreeSeriesKey> last_series_key_;
-  // Per template (by its id), the translated shape its statements take; empty when they run
-  // as text. The values of the composed statement running now.
-  std::unordered_map<uint64_t, std::string> template_shapes_;
+  // Per template (by its id), how its statements run. The values of the composed statement
+  // running now.
+  std::unordered_map<uint64_t, TemplateRun> template_shapes_;
   std::vector<SqlParameter> composed_values_;
   // Per series table, the compiled query of the highest key of a study's block.
   std::vector<sqlite3_stmt*> highest_key_;

@@ -214,6 +214,12 @@ int CompareNoCaseCollation(void*, int a_size, const void* a, int b_size, const v
                        std::string_view(static_cast<const char*>(b), b_size));
 }
 
+void PrepareSqliteLibrary() {
+  // SQLite refuses the setting (SQLITE_MISUSE) once it is initialised: that answer is fine.
+  static const int once = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  (void)once;
+}
+
 bool RegisterJetFunctions(sqlite3* db) {
   return sqlite3_create_function_v2(db, "datediff", 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
                                     nullptr, &DateDiffFunction, nullptr, nullptr,

@@ -31,6 +31,12 @@ DeclaredKind KindOfDeclaredType(const char* decltype_name);
 void AppendRow(std::vector<Variant>& out, sqlite3_stmt* stmt,
                const std::vector<DeclaredKind>& kinds);
 
+// Turns SQLite's memory statistics off for the process, once, before its first connection:
+// with them on, every allocation SQLite makes takes one process-wide mutex, a cost on every
+// row a save writes. Nothing changes when the process has set SQLite up already (a host
+// that uses SQLite itself keeps its own settings then).
+void PrepareSqliteLibrary();
+
 // Registers datediff(interval, date1, date2) on `db`: the count of interval boundaries from
 // date1 to date2 (kwx::DateDiff). A date is a serial number or a text that ParseDate reads;
 // answers NULL when either date is missing or does not parse, and an SQL error for an
