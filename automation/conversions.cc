@@ -281,8 +281,9 @@ std::string NumberTextOf(double v, int precision, bool single) {
   if (v == 0) return "0";
   const Digits d =
       single ? SingleDigits(static_cast<float>(v)) : SignificantDigits(v, precision);
+  // No reserve: the usual number fits the string's own buffer, and a reserve past it would
+  // cost an allocation for every number written.
   std::string out;
-  out.reserve(24);
   if (v < 0) out.push_back('-');
   if (d.exponent >= precision || d.exponent < -4) {
     out.push_back(d.digits[0]);

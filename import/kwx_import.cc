@@ -27,12 +27,16 @@ std::string TextAt(const Variant& fields, int16_t position) {
   return CStr(fields.AsArray()(position));
 }
 
-float VersionOf(const Variant& fields) {
+}  // namespace
+
+float KwxFieldsVersion(const Variant& fields) {
   if (!fields.IsArray()) return 0;
   float version = 0;
   ResumeNext([&] { version = static_cast<float>(Val(TextAt(fields, 0))); });
   return version;
 }
+
+namespace {
 
 // The leading number of `text` as a single; raises err::kOverflow when a single cannot hold
 // it, so the position is skipped and its property keeps its value.
@@ -200,7 +204,7 @@ void StoreField(const KwxField& f, const Variant& fields, Company& company, Obje
 }  // namespace
 
 bool ValidateKwxFields(Variant& fields) {
-  const float version = VersionOf(fields);
+  const float version = KwxFieldsVersion(fields);
   if (version == kKwxFirstVersion) {
     SafeArray& a = fields.AsArray();
     for (int16_t p : kKwxZeroedIn101) ResumeNext([&] { a(p) = Variant(int16_t{0}); });
@@ -213,7 +217,7 @@ bool ValidateKwxFields(Variant& fields) {
 
 void MapKwxCompany(Company& company, const Variant& fields, int32_t /*platform*/) {
   company.CompanyID = 0;
-  if (VersionOf(fields) == 0) return;
+  if (KwxFieldsVersion(fields) == 0) return;
   ShapeSeriesForImport(company);
   for (const KwxField& f : kKwxCompanyLayout) {
     ResumeNext([&] { StoreField(f, fields, company, company, nullptr); });

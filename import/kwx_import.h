@@ -18,6 +18,10 @@ namespace kwx {
 // leaves the array as it is. Never raises.
 bool ValidateKwxFields(Variant& fields);
 
+// The layout version position 0 of `fields` gives; 0 when it gives none (or `fields` is no
+// array). Never raises.
+float KwxFieldsVersion(const Variant& fields);
+
 // Stores positions 0 to 156 into `company`: CompanyID becomes 0 (an imported study is a new
 // one), then, unless the version is 0, the record properties, the notes, the value at 101 and
 // the yearly, quarterly and monthly series. Every position is stored on its own: one that is

@@ -11,6 +11,7 @@
 #include "export/kwx_export.h"
 #include "export/ssg_export.h"
 #include "import/kwx_import.h"
+#include "import/kwx_layout.h"
 #include "import/layout_check.h"
 #include "import/ssg_import.h"
 #include "loader/kwx_loader.h"
@@ -111,10 +112,18 @@ void kwxLoader::ImportFieldArray(const Variant& fields, Company& objCompany, int
   if (format == idSSG) {
     MapSsgFields(objCompany, fields, platform_);
   } else if (format == idKWX) {
-    Variant checked = fields;  // validation completes a 1.0 array in place
-    if (ValidateKwxFields(checked)) {
+    auto map = [&](const Variant& checked) {
       MapKwxCompany(objCompany, checked, platform_);
       MapKwxJudgment(objCompany, checked, platform_);
+    };
+    const float version = KwxFieldsVersion(fields);
+    if (version == kKwxFirstVersion) {
+      Variant completed = fields;  // validation completes a 1.0 array in place: the caller's
+      if (ValidateKwxFields(completed)) map(completed);  // array stays as it was read
+    } else if (version != 0) {
+      // Any other layout is mapped as read, without a copy of its texts: validation would
+      // leave it as it is.
+      map(fields);
     }
   }
 
