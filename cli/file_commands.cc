@@ -60,19 +60,27 @@ enumDataFile FormatOf(const std::string& path, const std::string& forced) {
   throw CommandError("cannot tell the layout of '" + path + "' (use --format ssg|kwx)", 2);
 }
 
-// Reads one study from `path` into `company`: from `fields` when the file was read ahead (Empty
-// for a file that could not be read), else by reading it; standard input ("-") is decoded and
-// split as a file is. Answers "" on success, else why nothing was read. A file whose fields
-// have the other layout is refused before anything is mapped.
+// A data file read, split and mapped ahead of its save, on the reading thread.
+struct FileAhead {
+  Variant fields;  // Empty for a file that could not be read
+  Company study;   // the fields mapped onto a fresh study (kwxLoader::MapFields)
+  bool mapped = false;
+};
+
+// Reads one study from `path` into `company`: from `ahead` when the file was read ahead, else
+// by reading it; standard input ("-") is decoded and split as a file is. Answers "" on success,
+// else why nothing was read. A file whose fields have the other layout is refused before any
+// reference row is added for it.
 std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
-                      Company& company, const Variant* fields = nullptr) {
+                      Company& company, FileAhead* ahead = nullptr) {
   if (std::string why = NotADataFile(path); !why.empty()) return why;
   ImportStatus status;
   if (path == kStandardInput) {
     const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
     status = ReadStudyText(loader, StreamTextOfDataFile(bytes), format, "'" + path + "'", company);
-  } else if (fields != nullptr) {
-    status = ReadStudyFields(loader, *fields, path, format, company);
+  } else if (ahead != nullptr) {
+    company = std::move(ahead->study);
+    status = ReadMappedStudyFields(loader, ahead->fields, path, format, company, ahead->mapped);
   } else {
     status = ReadStudyFile(loader, path, format, company);
   }
@@ -107,12 +115,12 @@ struct ReadArgs {
 // whose symbol and exchange are saved already is refreshed in place (same CompanyID) unless
 // `saved` is null (--new asks for a second one). Answers the line to print once the batch has
 // committed, or nothing when the file was not saved (the reason already written to `err`).
-// `fields` is the file's field array when it was read ahead.
+// `ahead` is the file as read ahead.
 std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, StudyIndex* saved,
                                      const std::string& file, enumDataFile format,
-                                     const ImportArgs& args, const Variant* fields) {
+                                     const ImportArgs& args, FileAhead* ahead) {
   Company company;
-  if (std::string why = ReadStudy(ctx, loader, file, format, company, fields); !why.empty()) {
+  if (std::string why = ReadStudy(ctx, loader, file, format, company, ahead); !why.empty()) {
     *ctx.err << "kwx: " << why << "\n";
     return std::nullopt;
   }
@@ -183,17 +191,23 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
     // The saved studies a file may refresh, read once for the whole import.
     std::optional<StudyIndex> index;
     if (!im->new_study) index.emplace(loader);
-    // The files are read and split on a thread of their own, a few ahead of the saves, by a
-    // data-file object of the loader's kind (the loader's own serves the saves' thread).
-    std::optional<ReadAhead> ahead;
+    // The files are read, split and mapped on a thread of their own, a few ahead of the saves,
+    // by a data-file object of the loader's kind (the loader's own serves the saves' thread).
+    // What uses the database (reference rows) stays with the saves.
+    std::optional<ReadAhead<FileAhead>> ahead;
     if (total > 1) {
-      const char* kind =
-          loader.ProgramPlatform() == kPlatformSP ? progid::kDataFileSP : progid::kDataFile;
+      const int32_t platform = loader.ProgramPlatform();
+      const char* kind = platform == kPlatformSP ? progid::kDataFileSP : progid::kDataFile;
       if (std::shared_ptr<IDataFile> reader = CreateObjectAs<IDataFile>(kind)) {
-        ahead.emplace(im->files, [reader](const std::string& path) {
-          if (path == kStandardInput) return Variant();
-          std::string name = path;
-          return reader->vntImportB(name);
+        ahead.emplace(total, [reader, platform, im, &formats](size_t i) {
+          FileAhead file;
+          if (im->files[i] == kStandardInput) return file;
+          std::string name = im->files[i];
+          file.fields = reader->vntImportB(name);
+          if (file.fields.IsArray() && FieldsHaveLayout(file.fields, formats[i])) {
+            file.mapped = kwxLoader::MapFields(file.fields, file.study, formats[i], platform);
+          }
+          return file;
         });
       }
     }
@@ -231,9 +245,9 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         {
           ErrTo to_notes(ctx, notes);
           try {
-            const Variant fields = ahead ? ahead->Take(i) : Variant();
+            FileAhead file = ahead ? ahead->Take(i) : FileAhead();
             line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i],
-                             *im, ahead && im->files[i] != kStandardInput ? &fields : nullptr);
+                             *im, ahead && im->files[i] != kStandardInput ? &file : nullptr);
           } catch (const std::exception& e) {
             notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
           }

@@ -1,5 +1,5 @@
 // Reading the data files of a bulk import ahead of their saves, on a thread of its own, so that
-// reading and splitting the next files overlaps saving the one before them.
+// reading, splitting and mapping the next files overlaps saving the one before them.
 #ifndef KWX_CLI_READ_AHEAD_H_
 #define KWX_CLI_READ_AHEAD_H_
 
@@ -8,45 +8,96 @@
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
-
-#include "automation/variant.h"
+#include <utility>
 
 namespace kwx::cli {
 
+template <class Result>
 class ReadAhead {
  public:
-  // Starts reading: `read(path)` runs on the reading thread for each of `paths` in order, at
-  // most `depth` results ahead of Take. A read that raises gives Empty, as a file that cannot
-  // be read does. `read` must use nothing the caller's thread uses meanwhile.
-  ReadAhead(std::vector<std::string> paths, std::function<Variant(const std::string&)> read,
-            size_t depth = 16);
+  // Starts reading: `read(index)` runs on the reading thread for each index below `count` in
+  // order, at most `depth` results ahead of Take. A read that raises gives a Result made by
+  // default, as a file that cannot be read does. `read` must use nothing the caller's thread
+  // uses meanwhile.
+  ReadAhead(size_t count, std::function<Result(size_t)> read, size_t depth = 16)
+      : count_(count), read_(std::move(read)), depth_(depth == 0 ? 1 : depth) {
+    worker_ = std::thread([this] { Work(); });
+  }
   // Stops the reading thread and waits for it.
-  ~ReadAhead();
+  ~ReadAhead() {
+    {
+      const std::lock_guard<std::mutex> hold(lock_);
+      stop_ = true;
+    }
+    room_.notify_all();
+    worker_.join();
+  }
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
 
-  // The result for paths[index]; the results of the paths before it that were not taken are
-  // dropped. Empty for an index taken already or out of range.
-  Variant Take(size_t index);
+  // The result for `index`; the results before it that were not taken are dropped. A Result
+  // made by default for an index taken already or out of range.
+  Result Take(size_t index) {
+    std::unique_lock<std::mutex> hold(lock_);
+    if (index < taken_ || index >= count_) return Result();
+    Result result;
+    while (taken_ <= index) {
+      if (ready_.empty()) {
+        taker_waits_ = true;
+        arrived_.wait(hold, [&] { return !ready_.empty(); });
+        taker_waits_ = false;
+      }
+      result = std::move(ready_.front());  // those before `index` are dropped
+      ready_.pop_front();
+      ++taken_;
+      if (reader_waits_ && ready_.size() <= depth_ / 2) room_.notify_one();
+    }
+    return result;
+  }
 
  private:
-  void Work();
+  void Work() {
+    for (size_t index = 0; index < count_; ++index) {
+      {
+        // Once full, the reader sleeps until half the results are taken and then reads on in
+        // a burst: one wake-up per half a queue, not one per file.
+        std::unique_lock<std::mutex> hold(lock_);
+        if (ready_.size() >= depth_) {
+          reader_waits_ = true;
+          room_.wait(hold, [&] { return stop_ || ready_.size() <= depth_ / 2; });
+          reader_waits_ = false;
+        }
+        if (stop_) return;
+      }
+      Result result;
+      try {
+        result = read_(index);
+      } catch (...) {
+        result = Result();
+      }
+      bool wake = false;
+      {
+        const std::lock_guard<std::mutex> hold(lock_);
+        ready_.push_back(std::move(result));
+        wake = taker_waits_;
+      }
+      if (wake) arrived_.notify_one();
+    }
+  }
 
-  const std::vector<std::string> paths_;
-  const std::function<Variant(const std::string&)> read_;
+  const size_t count_;
+  const std::function<Result(size_t)> read_;
   const size_t depth_;
   std::mutex lock_;
   std::condition_variable room_;     // the reader waits for room in the queue
   std::condition_variable arrived_;  // Take waits for a result
-  std::deque<Variant> ready_;
+  std::deque<Result> ready_;
   size_t taken_ = 0;
   bool stop_ = false;
   bool reader_waits_ = false;
   bool taker_waits_ = false;
-  std::thread worker_;  // last: started once everything it uses exists
+  std::thread worker_;  // started last, once everything it uses exists
 };
 
 }  // namespace kwx::cli

@@ -178,6 +178,16 @@ class kwxLoader {
   // an Empty array is a file that could not be read. Never raises.
   void Fields_Get(const Variant& vntFields, const std::string& strFileName, Company& objCompany,
                   enumDataFile DataFileFormat);
+  // The database-free part of Fields_Get: maps `vntFields` onto `objCompany` (a fresh study)
+  // as Fields_Get would, with the reference names not yet reconciled with their tables. Uses
+  // nothing but its arguments, so a bulk import runs it on a thread of its own. False when
+  // `vntFields` is no array or the mapping stopped on an error.
+  static bool MapFields(const Variant& vntFields, Company& objCompany,
+                        enumDataFile DataFileFormat, int32_t platform) noexcept;
+  // Completes what MapFields began (`blnMapped` its answer, given ProgramPlatform()):
+  // the same study and LastImportStatus as Fields_Get on the same array. Never raises.
+  void MappedFields_Get(const Variant& vntFields, const std::string& strFileName,
+                        Company& objCompany, enumDataFile DataFileFormat, bool blnMapped);
   // Maps a text held in memory, one field per line (CR LF or CR line ends), onto `objCompany`.
   void Stream_Get(const std::string& strData, Company& objCompany,
                   enumDataFile DataFileFormat = idSSG);
@@ -231,6 +241,12 @@ class kwxLoader {
   // Maps a field array onto the study by `format` (0 SSG, 1 KWX), then recomputes the
   // dilution and reconciles the reference names with their tables.
   void ImportFieldArray(const Variant& fields, Company& objCompany, int32_t format);
+  // The part of the mapping that uses the database: reference names reconciled with their
+  // tables (the industry of an SSG file stored).
+  void ReconcileImported(const Variant& fields, Company& objCompany, int32_t format);
+  // Records in LastImportStatus what the field array read from `strFileName` says.
+  void NoteFieldsStatus(const Variant& vntFields, const std::string& strFileName,
+                        enumDataFile DataFileFormat);
   // SSG_Get and KWX_Get: reads the file through the reader object, records why it gave no
   // study, and maps what it gave.
   void ImportDataFile(const std::string& strFileName, Company& objCompany, enumDataFile format);

@@ -79,6 +79,19 @@ void kwxLoader::ImportDataFile(const std::string& strFileName, Company& objCompa
 
 void kwxLoader::Fields_Get(const Variant& vntFields, const std::string& strFileName,
                            Company& objCompany, enumDataFile DataFileFormat) {
+  NoteFieldsStatus(vntFields, strFileName, DataFileFormat);
+  ResumeNext([&] { ImportFieldArray(vntFields, objCompany, DataFileFormat); });
+}
+
+void kwxLoader::MappedFields_Get(const Variant& vntFields, const std::string& strFileName,
+                                 Company& objCompany, enumDataFile DataFileFormat,
+                                 bool blnMapped) {
+  NoteFieldsStatus(vntFields, strFileName, DataFileFormat);
+  if (blnMapped) ResumeNext([&] { ReconcileImported(vntFields, objCompany, DataFileFormat); });
+}
+
+void kwxLoader::NoteFieldsStatus(const Variant& vntFields, const std::string& strFileName,
+                                 enumDataFile DataFileFormat) {
   if (vntFields.IsArray()) {
     last_import_ = FieldsStatus(vntFields, DataFileFormat, "'" + strFileName + "'");
   } else {
@@ -91,7 +104,6 @@ void kwxLoader::Fields_Get(const Variant& vntFields, const std::string& strFileN
                        : ImportStatus{ImportProblem::kUnreadable,
                                       "cannot read '" + strFileName + "' (no text in it)"};
   }
-  ResumeNext([&] { ImportFieldArray(vntFields, objCompany, DataFileFormat); });
 }
 
 void kwxLoader::Stream_Get(const std::string& strData, Company& objCompany,
@@ -107,28 +119,38 @@ void kwxLoader::Stream_Get(const std::string& strData, Company& objCompany,
   });
 }
 
-void kwxLoader::ImportFieldArray(const Variant& fields, Company& objCompany, int32_t format) {
-  if (!fields.IsArray()) return;
-  if (format == idSSG) {
-    MapSsgFields(objCompany, fields, platform_);
-  } else if (format == idKWX) {
-    auto map = [&](const Variant& checked) {
-      MapKwxCompany(objCompany, checked, platform_);
-      MapKwxJudgment(objCompany, checked, platform_);
-    };
-    const float version = KwxFieldsVersion(fields);
-    if (version == kKwxFirstVersion) {
-      Variant completed = fields;  // validation completes a 1.0 array in place: the caller's
-      if (ValidateKwxFields(completed)) map(completed);  // array stays as it was read
-    } else if (version != 0) {
-      // Any other layout is mapped as read, without a copy of its texts: validation would
-      // leave it as it is.
-      map(fields);
+bool kwxLoader::MapFields(const Variant& vntFields, Company& objCompany,
+                          enumDataFile DataFileFormat, int32_t platform) noexcept {
+  if (!vntFields.IsArray()) return false;
+  return ResumeNext([&] {
+    if (DataFileFormat == idSSG) {
+      MapSsgFields(objCompany, vntFields, platform);
+    } else if (DataFileFormat == idKWX) {
+      auto map = [&](const Variant& checked) {
+        MapKwxCompany(objCompany, checked, platform);
+        MapKwxJudgment(objCompany, checked, platform);
+      };
+      const float version = KwxFieldsVersion(vntFields);
+      if (version == kKwxFirstVersion) {
+        Variant completed = vntFields;  // validation completes a 1.0 array in place: the
+        if (ValidateKwxFields(completed)) map(completed);  // caller's stays as it was read
+      } else if (version != 0) {
+        // Any other layout is mapped as read, without a copy of its texts: validation would
+        // leave it as it is.
+        map(vntFields);
+      }
     }
+    objCompany.sngPotDilution = PotentialDilution(objCompany);
+  });
+}
+
+void kwxLoader::ImportFieldArray(const Variant& fields, Company& objCompany, int32_t format) {
+  if (MapFields(fields, objCompany, static_cast<enumDataFile>(format), platform_)) {
+    ReconcileImported(fields, objCompany, format);
   }
+}
 
-  objCompany.sngPotDilution = PotentialDilution(objCompany);
-
+void kwxLoader::ReconcileImported(const Variant& fields, Company& objCompany, int32_t format) {
   AddLookup(objCompany.DataSourceID, kDataSourceTable, caches_.data_source);
   AddLookup(objCompany.ExchangeID, kExchangeTable, caches_.exchange);
   if (IsNumeric(Variant(objCompany.SectorID))) {

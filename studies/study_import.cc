@@ -95,6 +95,14 @@ ImportStatus ReadStudyFields(kwxLoader& loader, const Variant& fields, const std
                      [&] { loader.Fields_Get(fields, path, company, format); });
 }
 
+ImportStatus ReadMappedStudyFields(kwxLoader& loader, const Variant& fields,
+                                   const std::string& path, enumDataFile format, Company& company,
+                                   bool mapped) {
+  return ReadChecked(loader, fields, format, "'" + path + "'", company, [&] {
+    loader.MappedFields_Get(fields, path, company, format, mapped);
+  });
+}
+
 ImportStatus ReadStudyText(kwxLoader& loader, const std::string& text, enumDataFile format,
                            const std::string& name, Company& company) {
   return ReadChecked(loader, SplitStreamFields(text), format, name, company,

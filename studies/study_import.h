@@ -29,6 +29,11 @@ ImportStatus ReadStudyFile(kwxLoader& loader, const std::string& path, enumDataF
 // The same for the field array the loader's data-file object read from `path` beforehand.
 ImportStatus ReadStudyFields(kwxLoader& loader, const Variant& fields, const std::string& path,
                              enumDataFile format, Company& company);
+// The same for fields kwxLoader::MapFields mapped onto `company` beforehand, on another
+// thread (`mapped` its answer).
+ImportStatus ReadMappedStudyFields(kwxLoader& loader, const Variant& fields,
+                                   const std::string& path, enumDataFile format, Company& company,
+                                   bool mapped);
 // The same for a data file's text held in memory (StreamTextOfDataFile of its bytes), which
 // messages call `name`.
 ImportStatus ReadStudyText(kwxLoader& loader, const std::string& text, enumDataFile format,

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "automation/variant.h"
+
 namespace kwx::cli {
 namespace {
 
@@ -19,7 +21,8 @@ TEST(ReadAhead, AnswersInOrderBoundedAndStopsEarly) {
   std::atomic<int> taken{0};
   std::atomic<int> most_ahead{0};
   {
-    ReadAhead ahead(paths, [&](const std::string& path) {
+    ReadAhead<Variant> ahead(paths.size(), [&](size_t index) {
+      const std::string& path = paths[index];
       const int ahead_now = started.fetch_add(1) + 1 - taken.load();
       int seen = most_ahead.load();
       while (ahead_now > seen && !most_ahead.compare_exchange_weak(seen, ahead_now)) {
@@ -47,9 +50,9 @@ TEST(ReadAhead, AnswersInOrderBoundedAndStopsEarly) {
   // Dropped after one file: the reader stops instead of reading the other 49.
   std::atomic<int> reads{0};
   {
-    ReadAhead ahead(paths, [&](const std::string& path) {
+    ReadAhead<Variant> ahead(paths.size(), [&](size_t index) {
       ++reads;
-      return Variant(path);
+      return Variant(paths[index]);
     }, 2);
     EXPECT_EQ(ahead.Take(0).AsString(), "0");
   }
