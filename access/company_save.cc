@@ -159,7 +159,7 @@ class TemplateText {
     const std::lock_guard<std::mutex> hold(lock);
     auto& kept = made[key];
     if (!kept) kept = std::make_unique<const StatementTemplate>(made_);
-    return ComposedStatement{kept.get(), std::vector<std::string>(made_.columns.size())};
+    return ComposedStatement{kept.get(), std::vector<std::string>(made_.columns.size()), {}};
   }
 
  private:
@@ -168,13 +168,25 @@ class TemplateText {
 
 // Writes the values of `rec`'s columns, each by `value(out, rec, binding)`, into the values of
 // `statement` from place `from` on.
+// A finite Single member of a Single column is kept as its number, which `value` would write
+// as its NumberText (AppendMember).
 template <class Rec, class ValueFn>
 void WriteValues(ComposedStatement& statement, size_t from, const Rec& rec,
                  const Columns<Rec>& columns, ValueFn value) {
   for (size_t i = 0; i < columns.size(); ++i) {
+    const FieldBinding<Rec>& binding = *columns[i];
+    const float* single = nullptr;
+    if (binding.column.type == ColumnType::Single) {
+      if (auto member = std::get_if<float Rec::*>(&binding.member)) single = &(rec.**member);
+    }
+    if (single != nullptr && std::isfinite(*single)) {
+      statement.SetSingle(from + i, *single);
+      continue;
+    }
+    if (!statement.singles.empty()) statement.singles[from + i].reset();
     std::string& out = statement.literals[from + i];
     out.clear();
-    value(out, rec, *columns[i]);
+    value(out, rec, binding);
   }
 }
 

@@ -523,6 +523,18 @@ Variant ConvertTo(const Variant& v, VarType to) {
 }
 
 std::string NumberText(float v) { return NumberTextOf(v, 7, true); }
+
+SingleDecimal SingleDecimalOf(float v) {
+  const Digits d = SingleDigits(v);
+  SingleDecimal out;
+  for (size_t k = 0; k < d.count; ++k) {
+    out.significand = out.significand * 10 + static_cast<uint32_t>(d.digits[k] - '0');
+  }
+  out.exponent = d.exponent - static_cast<int>(d.count) + 1;
+  // NumberTextOf's rule for a single (precision 7).
+  out.plain = !(d.exponent >= 7 || d.exponent < -4);
+  return out;
+}
 std::string NumberText(double v) { return NumberTextOf(v, 15, false); }
 
 double RoundHalfEven(double v) { return static_cast<double>(RoundHalfEvenLong(v)); }

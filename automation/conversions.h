@@ -56,6 +56,15 @@ Variant ConvertTo(const Variant& v, VarType to);
 // least the digit count or below -4: 123456789f gives "1.234568E+08", 0.00001 gives "1E-05",
 // 0.5 gives "0.5", -2 gives "-2".
 std::string NumberText(float v);
+// The decimal NumberText(v) writes for a finite, nonzero `v`: |v| shown as `significand` times
+// ten to `exponent` (at most 7 digits, no trailing zero), written without an exponent part
+// when `plain`.
+struct SingleDecimal {
+  uint32_t significand = 0;
+  int exponent = 0;
+  bool plain = true;
+};
+SingleDecimal SingleDecimalOf(float v);
 std::string NumberText(double v);
 
 // Rounds half to even to a whole number (the integer conversions' rounding).

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,7 +45,15 @@ struct StatementTemplate {
 struct ComposedStatement {
   const StatementTemplate* shape = nullptr;
   std::vector<std::string> literals;
+  // Per value (when not empty), a finite Single kept as its number: its literal is then
+  // NumberText of it, written only when Literal() or Text() asks, so that a database binding
+  // the values need not write a text to read it back.
+  std::vector<std::optional<float>> singles;
 
+  // Value `i` as the number `v` of a Single column.
+  void SetSingle(size_t i, float v);
+  // Value `i`'s text (its literal, or NumberText of its number).
+  std::string Literal(size_t i) const;
   std::string Text() const;
 };
 

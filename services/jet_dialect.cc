@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "automation/conversions.h"
 #include "automation/dates.h"
 #include "automation/format.h"
 #include "automation/text.h"
@@ -222,22 +223,6 @@ std::string WithApostrophes(std::string_view text) {
   return out;
 }
 
-// True when a column of that name stores dates in the declared tables (names compared without
-// regard to case, as the engine compares them).
-bool IsDateColumn(std::string_view name) {
-  if (name.empty()) return false;
-  static const std::vector<std::string_view> kDateColumns = [] {
-    std::vector<std::string_view> names;
-    for (const TableDef& t : AllTables()) {
-      for (const ColumnDef& column : t.columns) {
-        if (column.type == ColumnType::Date) names.push_back(column.name);
-      }
-    }
-    return names;
-  }();
-  return std::any_of(kDateColumns.begin(), kDateColumns.end(),
-                     [&](std::string_view date) { return EqualsNoCase(date, name); });
-}
 
 // The column names of "insert into T (a, b, ...)" at the start of `s`, or none.
 std::vector<std::string_view> InsertColumnsOf(std::string_view s) {
@@ -614,7 +599,49 @@ std::string StoredDateText(Date d) {
   return text;
 }
 
+bool IsDateColumn(std::string_view name) {
+  if (name.empty()) return false;
+  static const std::vector<std::string_view> kDateColumns = [] {
+    std::vector<std::string_view> names;
+    for (const TableDef& t : AllTables()) {
+      for (const ColumnDef& column : t.columns) {
+        if (column.type == ColumnType::Date) names.push_back(column.name);
+      }
+    }
+    return names;
+  }();
+  return std::any_of(kDateColumns.begin(), kDateColumns.end(),
+                     [&](std::string_view date) { return EqualsNoCase(date, name); });
+}
+
 bool LiteralParameter(std::string_view literal, std::string_view column, SqlParameter& value) {
+  return LiteralParameter(literal, IsDateColumn(column), value);
+}
+
+bool SingleParameter(float v, SqlParameter& value) {
+  if (!std::isfinite(v)) return false;
+  value.kind = SqlParameter::Kind::Integer;
+  value.integer = 0;
+  if (v == 0) return true;
+  const SingleDecimal d = SingleDecimalOf(v);
+  // The rare texts with an exponent part go by their text.
+  if (!d.plain) return LiteralParameter(NumberText(v), false, value);
+  static constexpr double kPowers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
+                                       1e6, 1e7, 1e8, 1e9, 1e10, 1e11};
+  if (d.exponent >= 0) {
+    // Digits and zeros, no point: a whole number (below 10^7).
+    value.integer = static_cast<int64_t>(d.significand) * static_cast<int64_t>(kPowers[d.exponent]);
+    if (v < 0) value.integer = -value.integer;
+  } else {
+    // As NumberValue reads "0.00125": one correctly rounded division of exact values.
+    value.kind = SqlParameter::Kind::Real;
+    value.real = static_cast<double>(d.significand) / kPowers[-d.exponent];
+    if (v < 0) value.real = -value.real;
+  }
+  return true;
+}
+
+bool LiteralParameter(std::string_view literal, bool date_column, SqlParameter& value) {
   if (literal.empty() || literal.find('\0') != std::string_view::npos) return false;
   const char first = literal.front();
   if ((first >= '0' && first <= '9') || first == '-') {
@@ -643,7 +670,7 @@ bool LiteralParameter(std::string_view literal, std::string_view column, SqlPara
   const std::string_view body = literal.substr(1, literal.size() - 2);
   if (body.find('\'') != std::string_view::npos) return false;
   value.kind = SqlParameter::Kind::Text;
-  if (IsDateColumn(column)) {
+  if (date_column) {
     if (std::optional<Date> d = ParseDate(body)) {
       try {
         value.text = StoredDateText(*d);

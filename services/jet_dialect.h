@@ -90,6 +90,14 @@ struct ParameterizedSql {
 // text, the apostrophe U+00FF stands for put back). False, with `value` unspecified, for any
 // other literal, or one holding a NUL byte: such a value is left to the statement's text.
 bool LiteralParameter(std::string_view literal, std::string_view column, SqlParameter& value);
+// The same, told whether the column stores dates (IsDateColumn), for a caller that knows it.
+bool LiteralParameter(std::string_view literal, bool date_column, SqlParameter& value);
+// True when a column of that name stores dates in the declared tables (names compared without
+// regard to case, as the engine compares them).
+bool IsDateColumn(std::string_view name);
+// LiteralParameter of NumberText(v), without writing and reading the text. False for a
+// number that is not finite.
+bool SingleParameter(float v, SqlParameter& value);
 
 // Translates `jet_sql` exactly as TranslateJetSql does and, in the same pass, lifts out the
 // literals whose place a bound value can take without changing what the statement does or

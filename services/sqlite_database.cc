@@ -274,9 +274,11 @@ const SqliteDatabase::TemplateRun* SqliteDatabase::TemplateShape(
            FindNoCase(shape.pieces[condition_from], "where") == std::string::npos) {
       ++condition_from;
     }
+    std::vector<bool> date_columns;
+    for (const std::string& column : shape.columns) date_columns.push_back(IsDateColumn(column));
     found = template_shapes_
                 .emplace(shape.id, TemplateRun{usable ? std::move(lifted.shape) : "",
-                                               condition_from})
+                                               condition_from, std::move(date_columns)})
                 .first;
   }
   return found->second.shape.empty() ? nullptr : &found->second;
@@ -291,8 +293,10 @@ bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Vari
   }
   composed_values_.resize(statement.literals.size());
   for (size_t i = 0; i < statement.literals.size(); ++i) {
-    if (!LiteralParameter(statement.literals[i], statement.shape->columns[i],
-                          composed_values_[i]) ||
+    const bool single = i < statement.singles.size() && statement.singles[i].has_value();
+    if (!(single ? SingleParameter(*statement.singles[i], composed_values_[i])
+                 : LiteralParameter(statement.literals[i], run->date_columns[i],
+                                    composed_values_[i])) ||
         (composed_values_[i].kind == SqlParameter::Kind::Text && i >= run->condition_from)) {
       return IDatabase::blnExecuteComposed(statement, fields, data);
     }

@@ -139,6 +139,7 @@ class SqliteDatabase final : public DatabaseEngine {
   struct TemplateRun {
     std::string shape;
     size_t condition_from = 0;
+    std::vector<bool> date_columns;  // per value, whether its column stores dates
   };
   // How the template's statements run, or null when they run as text.
   const TemplateRun* TemplateShape(const StatementTemplate& shape);

@@ -109,7 +109,7 @@ TEST_F(DatabaseTest, ComposedStatementsStoreWhatTheirTextStores) {
   std::vector<std::string> trace;
   db_.SetTraceCallback([&](std::string_view line) { trace.emplace_back(line); });
   for (int k = 0; k < 200; ++k) {
-    ComposedStatement statement{&insert, {std::to_string(2 * k + 1)}};
+    ComposedStatement statement{&insert, {std::to_string(2 * k + 1)}, {}};
     for (const auto& column : options) statement.literals.push_back(column[rng() % column.size()]);
     Variant fields, data;
     const bool by_text = db_.blnExecute(statement.Text(), fields, data);
@@ -137,13 +137,13 @@ TEST_F(DatabaseTest, ComposedStatementsStoreWhatTheirTextStores) {
   compared.pieces = {"Update T set i=", " where s = ", ""};
   compared.columns = {"i", "s"};
   ASSERT_TRUE(Exec("insert into T (K, s) select 9999, 'Mixed Case'"));
-  ComposedStatement by_name{&compared, {"77", "'MIXED case'"}};
+  ComposedStatement by_name{&compared, {"77", "'MIXED case'"}, {}};
   {
     Variant fields, data;
     EXPECT_TRUE(db_.blnExecuteComposed(by_name, fields, data));
     EXPECT_EQ(db_.lngRowCount(), 1);
   }
-  ComposedStatement changed{&update, {"'new'", "'11/22/2026'", "1"}};
+  ComposedStatement changed{&update, {"'new'", "'11/22/2026'", "1"}, {}};
   Variant fields, data;
   EXPECT_TRUE(db_.blnExecuteComposed(changed, fields, data));
   EXPECT_NE(trace.back().find("datediff('d',datLastFY,'11/22/2026') = 0 and K = 1"),
