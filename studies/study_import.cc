@@ -1,6 +1,7 @@
 #include "studies/study_import.h"
 
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -145,15 +146,21 @@ ImportSave SaveWholeStudy(kwxLoader& loader, Company& company) {
   }
   IDatabase& db = *loader.database();
   const int32_t existing = company.CompanyID > 0 ? company.CompanyID : 0;
-  StudyLevel level(db);
-  if (existing > 0 && !ClearSeriesRows(db, existing)) {
-    result.message = "the old rows of study " + std::to_string(existing) + " could not be cleared";
-    return result;
+  // A refreshed study's old rows are cleared and its save made in one level of their own; a
+  // new study's save is a level by itself already.
+  std::optional<StudyLevel> level;
+  if (existing > 0) {
+    level.emplace(db);
+    if (!ClearSeriesRows(db, existing)) {
+      result.message =
+          "the old rows of study " + std::to_string(existing) + " could not be cleared";
+      return result;
+    }
   }
   company.CompanyID = existing;
   loader.Access_Update(company);
   if (!loader.LastUpdateCommitted() || company.CompanyID < 1) return result;
-  level.Keep();
+  if (level) level->Keep();
   result.outcome = ImportSave::Outcome::kSaved;
   result.refreshed = existing > 0;
   return result;
