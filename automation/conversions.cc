@@ -235,25 +235,33 @@ Digits SignificantDigits(T v, int precision) {
 // SignificantDigits(v, 7) for a Single, in integer arithmetic for the usual magnitudes
 // (1E-4 up to 1E7): there v times 10^(6 - e), e its decimal exponent, has at most 24 + 24
 // significant bits (10^k is 2^k 5^k and 5^10 < 2^24), so a double holds it exactly and its
-// rounding half to even is the exact value's.
-Digits SingleDigits(float v) {
+// rounding half to even is the exact value's. False outside those magnitudes; else |v| is
+// `n` (seven digits) times 10^(e - 6).
+bool SevenDigits(float v, uint32_t& n, int& e) {
   static constexpr double kDecades[] = {1e-4, 1e-3, 1e-2, 1e-1, 1e0, 1e1, 1e2,
                                         1e3,  1e4,  1e5,  1e6};
   static constexpr double kScales[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
                                        1e6, 1e7, 1e8, 1e9, 1e10};
   const double magnitude = std::fabs(static_cast<double>(v));
-  if (!(magnitude >= kDecades[0] && magnitude < 1e7)) return SignificantDigits(magnitude, 7);
-  int e = 6;
+  if (!(magnitude >= kDecades[0] && magnitude < 1e7)) return false;
+  e = 6;
   while (magnitude < kDecades[e + 4]) --e;
   const double scaled = magnitude * kScales[6 - e];
   const double whole = std::floor(scaled);
   const double fraction = scaled - whole;
-  auto n = static_cast<uint32_t>(whole);
+  n = static_cast<uint32_t>(whole);
   if (fraction > 0.5 || (fraction == 0.5 && n % 2 != 0)) ++n;
   if (n == 10'000'000) {
     n = 1'000'000;
     ++e;
   }
+  return true;
+}
+
+Digits SingleDigits(float v) {
+  uint32_t n = 0;
+  int e = 0;
+  if (!SevenDigits(v, n, e)) return SignificantDigits(std::fabs(static_cast<double>(v)), 7);
   Digits d;
   d.count = 7;
   for (size_t k = 7; k-- > 0; n /= 10) d.digits[k] = static_cast<char>('0' + n % 10);
@@ -525,8 +533,21 @@ Variant ConvertTo(const Variant& v, VarType to) {
 std::string NumberText(float v) { return NumberTextOf(v, 7, true); }
 
 SingleDecimal SingleDecimalOf(float v) {
-  const Digits d = SingleDigits(v);
   SingleDecimal out;
+  uint32_t n = 0;
+  int e = 0;
+  if (SevenDigits(v, n, e)) {
+    // The usual magnitudes, without the digits' characters: the trailing zeros go.
+    out.exponent = e - 6;
+    while (n % 10 == 0) {
+      n /= 10;
+      ++out.exponent;
+    }
+    out.significand = n;
+    out.plain = e < 7 && e >= -4;
+    return out;
+  }
+  const Digits d = SingleDigits(v);
   for (size_t k = 0; k < d.count; ++k) {
     out.significand = out.significand * 10 + static_cast<uint32_t>(d.digits[k] - '0');
   }
