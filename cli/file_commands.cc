@@ -227,6 +227,14 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
       std::vector<std::pair<std::string, std::string>> saved;  // file, line to print
       try {
         db.BeginTrans();
+        try {
+          // With the write lock held: the studies other programs saved since the index was
+          // read, so that two imports of one file at once refresh one study, not add two.
+          if (index) index->Refresh();
+        } catch (...) {
+          ResumeNext([&] { db.RollbackTrans(); });
+          throw;
+        }
       } catch (const std::exception& e) {
         bar.Clear();
         for (size_t i = start; i < end; ++i) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <string>
 
 #include "access/sql_text.h"
 #include "automation/conversions.h"
@@ -18,19 +19,30 @@ std::string ReadSymbol(const Variant& symbol) { return Trim(TextFromSql(symbol))
 }  // namespace
 
 StudyIndex::StudyIndex(kwxLoader& loader) : loader_(loader) {
+  Read("select CompanyID, strSymbol, ExchangeID from Company");
+}
+
+void StudyIndex::Refresh() {
+  Read("select CompanyID, strSymbol, ExchangeID from Company where CompanyID > " +
+       std::to_string(highest_));
+}
+
+void StudyIndex::Read(const std::string& sql) {
   // No word the user typed reaches the statement: they are compared here, so no text of theirs
   // can change what the statement reads.
   Variant data, fields;
-  loader.Access_GetCompanies("select CompanyID, strSymbol, ExchangeID from Company", data, fields);
+  loader_.Access_GetCompanies(sql, data, fields);
   if (!fields.IsArray()) throw std::runtime_error("cannot read the saved studies");
   if (!data.IsArray()) return;
   const SafeArray& rows = data.AsArray();
   for (int32_t r = rows.LBound(1); r <= rows.UBound(1); ++r) {
     const Variant& symbol = rows(r, 1);
     const Variant& exchange = rows(r, 2);
+    const int32_t id = CLng(rows(r, 0));
+    highest_ = std::max(highest_, id);
     if (symbol.IsNull() || symbol.IsEmpty()) continue;
     const int32_t exchange_id = exchange.IsNull() || exchange.IsEmpty() ? 0 : CLng(exchange);
-    studies_[Key{exchange_id, ReadSymbol(symbol)}].push_back(CLng(rows(r, 0)));
+    studies_[Key{exchange_id, ReadSymbol(symbol)}].push_back(id);
   }
 }
 
@@ -73,6 +85,7 @@ std::vector<int32_t> StudyIndex::Find(std::string_view symbol, std::string_view 
 }
 
 void StudyIndex::Add(int32_t id, std::string_view symbol, std::string_view exchange) {
+  highest_ = std::max(highest_, id);
   const std::string read = ReadSymbol(Variant(std::string(symbol)));
   for (int32_t exchange_id : ExchangeIds(exchange)) studies_[Key{exchange_id, read}].push_back(id);
 }

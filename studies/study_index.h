@@ -37,6 +37,11 @@ class StudyIndex {
   std::vector<int32_t> Find(std::string_view symbol, std::string_view exchange) const;
   // Records a study saved after the index was read.
   void Add(int32_t id, std::string_view symbol, std::string_view exchange);
+  // Reads the studies other programs saved since the index was read (a CompanyID above every
+  // one it holds). Called with the database's write lock held (inside a write transaction), the
+  // index then holds every saved study until the lock is let go. Raises std::runtime_error as
+  // the constructor does.
+  void Refresh();
 
  private:
   struct Key {
@@ -50,9 +55,12 @@ class StudyIndex {
     bool operator()(const Key& a, const Key& b) const noexcept;
   };
   std::vector<int32_t> ExchangeIds(std::string_view name) const;
+  // Adds the studies `sql` reads (CompanyID, strSymbol, ExchangeID).
+  void Read(const std::string& sql);
 
   kwxLoader& loader_;
   std::unordered_map<Key, std::vector<int32_t>, KeyHash, KeyEqual> studies_;
+  int32_t highest_ = 0;  // the highest CompanyID held
 };
 
 }  // namespace kwx

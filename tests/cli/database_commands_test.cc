@@ -201,6 +201,12 @@ TEST(DatabaseCommands, ConcurrentImportsAndACompactLoseNothing) {
     EXPECT_EQ(testing::ReadFile(out + ".b.rc"), "0\n") << testing::ReadFile(out + ".b");
   }
   EXPECT_EQ(count(""), std::to_string(2 * kRounds * kFiles) + "\n");
+  // Both import the same files: each study is saved once and refreshed by the other.
+  const std::string same = StudyFiles(tmp, "Sx", kFiles);
+  const std::string twice = "(" + kwx + " import" + same + " >/dev/null 2>&1) & (" + kwx +
+                            " import" + same + " >/dev/null 2>&1) & wait";
+  ASSERT_EQ(std::system(twice.c_str()), 0);
+  EXPECT_EQ(count(" where strSymbol like 'Sx%'"), std::to_string(kFiles) + "\n");
   // Each study loads back with its own series: all its rows, every one in its own key block.
   for (const auto& [series, rows] : {std::pair{"Yearly", 10}, {"Monthly", 72}}) {
     const std::string table = series;
