@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <random>
@@ -38,10 +39,12 @@
 #include "bench/statement_replay.h"
 #include "loader/kwx_loader.h"
 #include "model/company.h"
+#include "model/schema.h"
 #include "services/builtin_services.h"
 #include "services/create_database.h"
 #include "services/data_file.h"
 #include "services/postgres_database.h"
+#include "services/schema_ddl_internal.h"
 #include "services/sqlite_database.h"
 #include "services/sqlite_support_internal.h"
 
@@ -71,6 +74,7 @@ struct Sizes {
   int import_large = 10000;
   std::string only;         // one section alone (for profiling), or all
   std::string pg_uri;       // the PostgreSQL server to measure on; SQLite files when empty
+  bool quick = false;       // --quick: on a server, no database of scale_large studies
 };
 
 // Unwinds to main, so that the databases made on a server are dropped on the way.
@@ -194,6 +198,7 @@ class Bench {
       std::printf("ratio pg_load %.2f\n", load_);
       std::printf("ratio pg_import %.2f\n",
                   raw_batched_rate_ > 0 ? import_rate_ / raw_batched_rate_ : 0);
+      if (load_scale_ > 0) std::printf("ratio pg_load_scale_1k_to_100k %.2f\n", load_scale_);
       return;
     }
     std::printf("ratio save_per_study %.2f\n", save_per_study_);
@@ -528,19 +533,68 @@ class Bench {
 
   // The same database twice, with 1,000 studies and grown to 100,000; the passes over the
   // two alternate so that whatever else the machine is doing weighs on both alike.
-  void Scale() {
-    if (pg_) {
-      std::printf("scale  not measured on PostgreSQL (a server database of %d studies takes "
-                  "too long to build here)\n\n",
-                  sizes_.scale_large);
-      return;
+  // The same on the server, for two databases filled alike, one of them grown afterwards; the
+  // statistics taken, as the server's autovacuum would take them on a database this size.
+  void GrowPg(const std::string& uri, int have, int want) {
+    PgPipeline raw(uri);
+    std::map<std::string, std::vector<std::string>> columns;
+    raw.Command("SELECT table_name, column_name FROM information_schema.columns WHERE "
+                "table_schema = current_schema() ORDER BY table_name, ordinal_position",
+                [&columns](const PGresult* r) {
+                  for (int row = 0; row < PQntuples(r); ++row) {
+                    columns[FoldCase(PQgetvalue(r, row, 0))].emplace_back(PQgetvalue(r, row, 1));
+                  }
+                });
+    if (!raw.Sync()) Fail(raw.error());
+    raw.Command("BEGIN");
+    while (have < want) {
+      const int add = std::min(have, want - have);
+      const std::string off = std::to_string(have);
+      // Tables in creation order: a company's row comes before the rows that refer to it.
+      for (const TableDef& t : AllTables()) {
+        const std::vector<std::string>& names = columns[FoldCase(t.name)];
+        if (std::find(names.begin(), names.end(), "companyid") == names.end()) continue;
+        std::string into, select;
+        for (const std::string& c : names) {
+          std::string value = c;
+          if (c == "companyid") value = "companyid + " + off;
+          if (c == "strsymbol") value = "'S' || (companyid + " + off + ")";
+          if (t.kind == TableKind::Series && EqualsNoCase(c, t.key)) {
+            value = c + " + " + off + "::bigint * " + std::to_string(kSeriesKeyBlock);
+          }
+          into += (into.empty() ? "" : ", ") + c;
+          select += (select.empty() ? "" : ", ") + value;
+        }
+        const std::string sql = "INSERT INTO " + std::string(t.name) + " (" + into + ") SELECT " +
+                                select + " FROM " + std::string(t.name) + " WHERE companyid <= " +
+                                std::to_string(add);
+        raw.Command(sql.c_str());
+      }
+      have += add;
     }
-    const std::string small_path = FreshDb("scale-small.db");
-    const std::string large_path = (dir_ / "scale-large.db").string();
+    raw.Command("COMMIT");
+    raw.Command("ANALYZE");
+    if (!raw.Sync()) Fail("growing the database: " + raw.error());
+  }
+
+  // Builds the two databases the scale section loads from; the seconds it took.
+  double BuildScale(const std::string& small_path, const std::string& large_path) {
+    const auto fill = Clock::now();
+    if (pg_) {
+      for (const std::string& uri : {small_path, large_path}) {
+        { LoaderSide refs(uri, streams_); }
+        PgPipeline raw(uri);
+        FillRawPg(raw, true, sizes_.scale_small, "S");
+      }
+      GrowPg(large_path, sizes_.scale_small, sizes_.scale_large);
+      PgPipeline analyze(small_path);
+      analyze.Command("ANALYZE");
+      if (!analyze.Sync()) Fail(analyze.error());
+      return Seconds(fill);
+    }
     {
       LoaderSide refs(small_path, streams_);
     }
-    auto fill = Clock::now();
     {
       RawDb raw(small_path);
       FillRaw(raw, true, sizes_.scale_small, "S");
@@ -553,7 +607,31 @@ class Bench {
       Grow(raw, sizes_.scale_small, sizes_.scale_large);
       raw.Exec("PRAGMA wal_checkpoint(TRUNCATE)");
     }
-    const double fill_seconds = Seconds(fill);
+    return Seconds(fill);
+  }
+
+  // Megabytes the database takes: its file, or its size on the server.
+  double Megabytes(const std::string& path) {
+    if (!pg_) return fs::file_size(path) / 1048576.0;
+    PgPipeline raw(path);
+    double bytes = 0;
+    raw.Command("SELECT pg_database_size(current_database())",
+                [&bytes](const PGresult* r) { bytes = std::atof(PQgetvalue(r, 0, 0)); });
+    if (!raw.Sync()) Fail(raw.error());
+    return bytes / 1048576.0;
+  }
+
+  void Scale() {
+    if (pg_ && sizes_.quick) {
+      std::printf("scale  not measured on PostgreSQL in --quick (a server database of %d "
+                  "studies takes minutes to build here; the full run measures it)\n\n",
+                  sizes_.scale_large);
+      return;
+    }
+    const std::string small_path = FreshDb("scale-small.db");
+    const std::string large_path = pg_ ? FreshDb("scale-large.db")
+                                       : (dir_ / "scale-large.db").string();
+    const double fill_seconds = BuildScale(small_path, large_path);
 
     LoaderSide small_side(small_path, streams_);
     LoaderSide large_side(large_path, streams_);
@@ -576,9 +654,10 @@ class Bench {
                 sizes_.scale_large, large.first / n * 1e6, large.second / n * 1e6);
     std::printf("       (database of %d studies, %.0f MB, built in %.0f s; best of %d passes of "
                 "%d loads)\n\n",
-                sizes_.scale_large, fs::file_size(large_path) / 1048576.0, fill_seconds,
+                sizes_.scale_large, Megabytes(large_path), fill_seconds,
                 sizes_.scale_repeats, sizes_.lookups);
     load_scale_ = std::max(large.first / small.first, large.second / small.second);
+    if (pg_) return;  // dropped with the others at the end
     // Unlinked now; the space comes back when the two sides close.
     for (const std::string& path : {small_path, large_path}) {
       for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(path + suffix);
@@ -685,6 +764,7 @@ int main(int argc, char** argv) {
   std::string engine = "sqlite", uri;
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--quick") == 0) {
+      sizes.quick = true;
       sizes.save = 300;
       sizes.parse = 3000;
       sizes.repeats = 2;

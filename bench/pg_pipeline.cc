@@ -53,11 +53,12 @@ bool PgPipeline::Run(const std::string& name, const std::vector<const char*>& va
                         std::move(on_result));
 }
 
-bool PgPipeline::Command(const char* sql) {
+bool PgPipeline::Command(const char* sql, std::function<void(const PGresult*)> on_result) {
   // Pipeline mode speaks only the extended protocol: a statement without parameters goes as
   // one with none.
   return ok() &&
-         Queued(PQsendQueryParams(conn_, sql, 0, nullptr, nullptr, nullptr, nullptr, 0) == 1, {});
+         Queued(PQsendQueryParams(conn_, sql, 0, nullptr, nullptr, nullptr, nullptr, 0) == 1,
+                std::move(on_result));
 }
 
 bool PgPipeline::ReadOne() {

@@ -44,8 +44,9 @@ class PgPipeline {
   // NULL). `on_result`, when given, receives its result once it is read.
   bool Run(const std::string& name, const std::vector<const char*>& values,
            std::function<void(const PGresult*)> on_result = {});
-  // Queues a statement without parameters (transaction control).
-  bool Command(const char* sql);
+  // Queues a statement without parameters (transaction control, a catalog query); `on_result`
+  // as for Run.
+  bool Command(const char* sql, std::function<void(const PGresult*)> on_result = {});
   // Asks the server to send the results so far and reads every queued result. False (with
   // error() set) when a statement failed.
   bool Wait();

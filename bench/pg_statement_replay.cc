@@ -19,7 +19,8 @@ int replays = 0;
 }  // namespace
 
 void PgStatementReplay::Add(const std::string& jet_sql) {
-  Step step{ParameterizeJetSql(jet_sql), {}};
+  Step step;
+  step.sql = ParameterizeJetSql(jet_sql);
   // Loads of another study differ only in their values: one statement per shape.
   // The server types a parameter once, when its statement is prepared: the kinds count too.
   auto same_kinds = [](const ParameterizedSql& a, const ParameterizedSql& b) {
@@ -33,6 +34,23 @@ void PgStatementReplay::Add(const std::string& jet_sql) {
   }
   if (prefix_.empty()) prefix_ = "raw_load_" + std::to_string(++replays) + "_";
   if (step.name.empty()) step.name = prefix_ + std::to_string(steps_.size());
+  for (const SqlParameter& v : step.sql.values) {
+    switch (v.kind) {
+      case SqlParameter::Kind::Integer:
+        if (v.integer == kCaptureCompanyID) step.company.push_back(step.texts.size());
+        step.texts.push_back(std::to_string(v.integer));
+        break;
+      case SqlParameter::Kind::Real: {
+        char buffer[32];
+        const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, v.real);
+        step.texts.emplace_back(buffer, ec == std::errc() ? end : buffer);
+        break;
+      }
+      case SqlParameter::Kind::Text:
+        step.texts.push_back(v.text);
+        break;
+    }
+  }
   steps_.push_back(std::move(step));
 }
 
@@ -82,28 +100,11 @@ int64_t PgStatementReplay::Load(PgPipeline& pipe, int64_t id) {
     }
   };
   const std::string id_text = std::to_string(id);
-  std::vector<std::string> texts;
   std::vector<const char*> bound;
   for (const Step& s : steps_) {
-    texts.clear();
-    for (const SqlParameter& v : s.sql.values) {
-      switch (v.kind) {
-        case SqlParameter::Kind::Integer:
-          texts.push_back(v.integer == kCaptureCompanyID ? id_text : std::to_string(v.integer));
-          break;
-        case SqlParameter::Kind::Real: {
-          char buffer[32];
-          const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, v.real);
-          texts.emplace_back(buffer, ec == std::errc() ? end : buffer);
-          break;
-        }
-        case SqlParameter::Kind::Text:
-          texts.push_back(v.text);
-          break;
-      }
-    }
     bound.clear();
-    for (const std::string& t : texts) bound.push_back(t.c_str());
+    for (const std::string& t : s.texts) bound.push_back(t.c_str());
+    for (size_t k : s.company) bound[k] = id_text.c_str();
     pipe.Run(s.name, bound, read);
   }
   return pipe.Sync() ? values : -1;

@@ -29,7 +29,9 @@ class PgStatementReplay {
  private:
   struct Step {
     ParameterizedSql sql;
-    std::string name;  // its prepared statement
+    std::string name;                // its prepared statement
+    std::vector<std::string> texts;  // the values as bound, taken once
+    std::vector<size_t> company;     // the values that are the captured company's ID
   };
   std::vector<Step> steps_;
   std::string prefix_;  // of its statements' names, its own among the replays

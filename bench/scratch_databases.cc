@@ -35,6 +35,7 @@ ScratchDatabases::ScratchDatabases(std::string uri) : uri_(std::move(uri)) {
   conn_ = PQconnectdbParams(keys, values, /*expand_dbname=*/1);
   if (PQstatus(conn_) != CONNECTION_OK) {
     error_ = uri_ + ": " + PQerrorMessage(conn_);
+    while (!error_.empty() && error_.back() == '\n') error_.pop_back();
     PQfinish(conn_);
     conn_ = nullptr;
     return;
