@@ -531,10 +531,8 @@ class Bench {
     return {by_id, Seconds(start)};
   }
 
-  // The same database twice, with 1,000 studies and grown to 100,000; the passes over the
-  // two alternate so that whatever else the machine is doing weighs on both alike.
-  // The same on the server, for two databases filled alike, one of them grown afterwards; the
-  // statistics taken, as the server's autovacuum would take them on a database this size.
+  // Grow on the server: series keys move to the copy's key block. The statistics are taken
+  // afterwards, as the server's autovacuum would take them on a database this size.
   void GrowPg(const std::string& uri, int have, int want) {
     PgPipeline raw(uri);
     std::map<std::string, std::vector<std::string>> columns;
@@ -577,7 +575,9 @@ class Bench {
     if (!raw.Sync()) Fail("growing the database: " + raw.error());
   }
 
-  // Builds the two databases the scale section loads from; the seconds it took.
+  // Builds the two databases the scale section loads from; the seconds it took. On the server
+  // the two are filled alike rather than copied (a database is copied only while no session
+  // is connected to it).
   double BuildScale(const std::string& small_path, const std::string& large_path) {
     const auto fill = Clock::now();
     if (pg_) {
@@ -621,6 +621,8 @@ class Bench {
     return bytes / 1048576.0;
   }
 
+  // The same database twice, with 1,000 studies and grown to 100,000; the passes over the
+  // two alternate so that whatever else the machine is doing weighs on both alike.
   void Scale() {
     if (pg_ && sizes_.quick) {
       std::printf("scale  not measured on PostgreSQL in --quick (a server database of %d "
