@@ -20,7 +20,8 @@ WITH_PG := $(if $(PG_VIRTUALENV),PGPORT=$$((20000 + $$$$ % 20000)) pg_virtualenv
 # which directory it enters and leaves.
 MAKEFLAGS += --no-print-directory
 
-.PHONY: deps configure build demo test test-plain test-shared test-asan fuzz bench bench-quick clean
+.PHONY: deps configure build demo test test-plain test-shared test-asan fuzz bench bench-quick \
+	bench-pg bench-pg-quick clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -73,6 +74,15 @@ bench: build
 
 bench-quick: build
 	@$(BUILD)/bench/kwx-bench --quick
+
+# The same figures on a throwaway PostgreSQL server against raw libpq.
+PG_BENCH = $(if $(PG_VIRTUALENV),PGPORT=$$((20000 + $$$$ % 20000)) pg_virtualenv -t,$(error bench-pg needs pg_virtualenv (postgresql-common)))
+
+bench-pg: build
+	@$(PG_BENCH) $(BUILD)/bench/kwx-bench --engine postgresql
+
+bench-pg-quick: build
+	@$(PG_BENCH) $(BUILD)/bench/kwx-bench --quick --engine postgresql
 
 clean:
 	rm -rf $(BUILD) $(SHARED_BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

@@ -1,7 +1,9 @@
 // kwx-bench: how fast the loader saves, loads and parses studies against the raw limit of
 // direct SQLite calls, how load latency grows with the database, and the peak memory of a
 // bulk import. Run `kwx-bench --quick` for a run under a minute; the ratios come last as
-// "ratio NAME VALUE" lines for scripts.
+// "ratio NAME VALUE" lines for scripts. With `--engine postgresql` the same figures are taken
+// on a PostgreSQL server against raw libpq, in databases the benchmark makes and drops itself,
+// and the ratios carry the prefix "pg_".
 #include <fcntl.h>
 #include <spawn.h>
 #include <sqlite3.h>
@@ -17,23 +19,32 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "automation/conversions.h"
 #include "automation/registry.h"
 #include "automation/text.h"
+#include "bench/pg_pipeline.h"
+#include "bench/pg_row_writer.h"
+#include "bench/pg_statement_replay.h"
 #include "bench/row_writer.h"
+#include "bench/scratch_databases.h"
 #include "bench/statement_replay.h"
 #include "loader/kwx_loader.h"
 #include "model/company.h"
+#include "model/schema.h"
 #include "services/builtin_services.h"
 #include "services/create_database.h"
 #include "services/data_file.h"
+#include "services/postgres_database.h"
+#include "services/schema_ddl_internal.h"
 #include "services/sqlite_database.h"
 #include "services/sqlite_support_internal.h"
 
@@ -62,12 +73,12 @@ struct Sizes {
   int import_small = 1000;
   int import_large = 10000;
   std::string only;         // one section alone (for profiling), or all
+  std::string pg_uri;       // the PostgreSQL server to measure on; SQLite files when empty
+  bool quick = false;       // --quick: on a server, no database of scale_large studies
 };
 
-[[noreturn]] void Fail(const std::string& what) {
-  std::fprintf(stderr, "kwx-bench: %s\n", what.c_str());
-  std::exit(1);
-}
+// Unwinds to main, so that the databases made on a server are dropped on the way.
+[[noreturn]] void Fail(const std::string& what) { throw std::runtime_error(what); }
 
 // The sample studies the benchmark saves over and over, as KWX texts.
 std::vector<std::string> SampleTexts() {
@@ -88,13 +99,18 @@ std::vector<std::string> SampleTexts() {
 }
 
 // A loader whose database object the benchmark can reach (for the outer transaction and the
-// trace), opened on `path`, with the sample studies parsed on it so that their reference rows
-// exist, always in the same order and so with the same IDs in every database.
+// trace), opened on `path` (a file, or a server database by its URI), with the sample studies
+// parsed on it so that their reference rows exist, always in the same order and so with the
+// same IDs in every database.
 class LoaderSide {
  public:
   LoaderSide(const std::string& path, const std::vector<std::string>& texts)
-      : guard_(progid::kDatabase, [this] {
-          db_ = std::make_shared<SqliteDatabase>();
+      : guard_(progid::kDatabase, [this, postgres = IsPostgresUri(path)] {
+          if (postgres) {
+            db_ = std::make_shared<PostgresDatabase>();
+          } else {
+            db_ = std::make_shared<SqliteDatabase>();
+          }
           return db_;
         }) {
     loader_ = std::make_unique<kwxLoader>();
@@ -107,7 +123,7 @@ class LoaderSide {
     }
   }
   kwxLoader& loader() { return *loader_; }
-  SqliteDatabase& db() { return *db_; }
+  DatabaseEngine& db() { return *db_; }
   // A copy of sample study `k` (cycling) as a new study with `symbol`.
   Company Study(size_t k, const std::string& symbol) const {
     Company c = studies_[k % studies_.size()];
@@ -122,7 +138,7 @@ class LoaderSide {
 
  private:
   ScopedRegistration guard_;
-  std::shared_ptr<SqliteDatabase> db_;
+  std::shared_ptr<DatabaseEngine> db_;
   std::unique_ptr<kwxLoader> loader_;
   std::vector<Company> studies_;
 };
@@ -156,6 +172,10 @@ class Bench {
   Bench(Sizes sizes, fs::path dir) : sizes_(sizes), dir_(std::move(dir)), texts_(SampleTexts()) {
     // Stream_Get takes the text of a file, decoded as an import decodes the file's bytes.
     for (const std::string& bytes : texts_) streams_.push_back(StreamTextOfDataFile(bytes));
+    if (!sizes_.pg_uri.empty()) {
+      pg_ = std::make_unique<ScratchDatabases>(sizes_.pg_uri);
+      if (!pg_->ok()) Fail(pg_->error());
+    }
   }
 
   void Run() {
@@ -172,6 +192,15 @@ class Bench {
     if (wanted("scale")) Scale();
     if (import_rate_ > 0 && raw_batched_rate_ == 0) raw_batched_rate_ = SaveRaw(true, 1000);
     std::printf("\n");
+    if (pg_) {
+      std::printf("ratio pg_save_per_study %.2f\n", save_per_study_);
+      std::printf("ratio pg_save_batched %.2f\n", save_batched_);
+      std::printf("ratio pg_load %.2f\n", load_);
+      std::printf("ratio pg_import %.2f\n",
+                  raw_batched_rate_ > 0 ? import_rate_ / raw_batched_rate_ : 0);
+      if (load_scale_ > 0) std::printf("ratio pg_load_scale_1k_to_100k %.2f\n", load_scale_);
+      return;
+    }
     std::printf("ratio save_per_study %.2f\n", save_per_study_);
     std::printf("ratio save_batched %.2f\n", save_batched_);
     std::printf("ratio load %.2f\n", load_);
@@ -181,7 +210,17 @@ class Bench {
   }
 
  private:
+  // A new, empty study database: a file in the work folder, or a database of its own on the
+  // server.
   std::string FreshDb(const std::string& name) {
+    if (pg_) {
+      const std::string uri = pg_->Fresh(fs::path(name).stem().string());
+      if (uri.empty()) Fail(pg_->error());
+      return uri;
+    }
+    return FreshFile(name);
+  }
+  std::string FreshFile(const std::string& name) {
     const std::string path = (dir_ / name).string();
     for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(path + suffix);
     const Status created = CreateDatabase(path);
@@ -192,7 +231,8 @@ class Bench {
   // Records, for each sample study, the statements the loader runs to save it as a new study
   // and to load it by ID: the raw side replays exactly those rows.
   void Capture() {
-    const std::string path = FreshDb("capture.db");
+    // Taken on a file whatever the engine measured: the ID trick below is SQLite's.
+    const std::string path = FreshFile("capture.db");
     LoaderSide side(path, streams_);
     Variant fields, data;
     for (size_t k = 0; k < side.count(); ++k) {
@@ -220,12 +260,20 @@ class Bench {
       Company loaded;
       side.loader().Access_Get(kCaptureCompanyID, "", "", loaded);
       loads_.push_back(std::make_unique<StatementReplay>());
+      if (pg_) pg_loads_.emplace_back();
       for (const std::string& line : lines) {
         const auto entry = nlohmann::json::parse(line);
         const std::string sql = entry["sql"];
-        if (entry["ok"] && IsQuery(sql)) loads_.back()->Add(sql);
+        if (entry["ok"] && IsQuery(sql)) {
+          loads_.back()->Add(sql);
+          if (pg_) pg_loads_.back().Add(sql);
+        }
       }
       side.db().SetTraceCallback(nullptr);
+    }
+    if (pg_) {
+      CapturePg();
+      return;
     }
     std::printf("kwx-bench: %zu sample studies; a save stores %zu rows, a load reads %zu "
                 "queries\n",
@@ -233,6 +281,30 @@ class Bench {
     std::printf("raw side: the same rows by prepared inserts, journal_mode=WAL, "
                 "synchronous=FULL, foreign_keys=ON, temp_store=MEMORY, a 16 MB page cache; a "
                 "savepoint per study, %d studies per durable commit when batched\n\n",
+                kBatch);
+  }
+
+  // The rows the loader stores for each sample study on the server, taken from a database it
+  // saved them in. (The queries of a load are the same texts on either engine: they were
+  // taken on the file above.)
+  void CapturePg() {
+    const std::string uri = FreshDb("capture");
+    LoaderSide side(uri, streams_);
+    for (size_t k = 0; k < side.count(); ++k) {
+      Company study = side.Study(k, std::string(kCaptureSymbol));
+      side.loader().Access_Update(study);
+      if (study.CompanyID < 1) Fail("the loader did not save a study on the server");
+      pg_saves_.push_back(std::make_unique<PgRowWriter>());
+      std::string error;
+      if (!pg_saves_.back()->Capture(uri, study.CompanyID, error)) Fail(error);
+    }
+    std::printf("kwx-bench on PostgreSQL: %zu sample studies; a save stores %zu rows, a load "
+                "reads %zu queries\n",
+                side.count(), pg_saves_[0]->size(), pg_loads_[0].size());
+    std::printf("raw side: libpq in pipeline mode (statements sent without waiting for the one "
+                "before; a save waits once, for the new study's key, a load once for all its "
+                "queries), every statement prepared once per connection; the same rows, a "
+                "savepoint per study, %d studies per commit when batched\n\n",
                 kBatch);
   }
 
@@ -279,9 +351,30 @@ class Bench {
       if (batched && (i % kBatch == kBatch - 1 || i + 1 == n)) raw.Exec("COMMIT");
     }
   }
-  double SaveRaw(bool batched, int n) {
+  // The same on the server: one pipeline, the batch's BEGIN and COMMIT queued like the rest.
+  void FillRawPg(PgPipeline& raw, bool batched, int n, const char* prefix) {
+    for (int i = 0; i < n; ++i) {
+      if (batched && i % kBatch == 0) raw.Command("BEGIN");
+      if (pg_saves_[i % pg_saves_.size()]->Save(raw, prefix + std::to_string(i + 1), !batched) ==
+          0) {
+        Fail("the raw save failed: " + raw.error());
+      }
+      if (batched && (i % kBatch == kBatch - 1 || i + 1 == n)) {
+        raw.Command("COMMIT");
+        if (!raw.Sync()) Fail("the raw save failed: " + raw.error());
+      }
+    }
+  }
+  double SaveRaw(bool batched, int n, bool round_trip_each = false) {
     const std::string path = FreshDb("save-raw.db");
     { LoaderSide refs(path, streams_); }
+    if (pg_) {
+      PgPipeline raw(path, round_trip_each);
+      if (!raw.ok()) Fail(raw.error());
+      const auto start = Clock::now();
+      FillRawPg(raw, batched, n, "R");
+      return n / Seconds(start);
+    }
     RawDb raw(path);
     const auto start = Clock::now();
     FillRaw(raw, batched, n, "R");
@@ -294,13 +387,18 @@ class Bench {
     for (bool batched : {false, true}) {
       // Per-study commits wait for the disk: fewer of them keep the run short.
       const int n = batched ? sizes_.save : std::max(150, sizes_.save / 4);
-      double loader = 0, raw = 0;
+      double loader = 0, raw = 0, unpipelined = 0;
       for (int r = 0; r < sizes_.save_repeats; ++r) {
         loader = std::max(loader, SaveLoader(batched, n));
         raw = std::max(raw, SaveRaw(batched, n));
+        if (pg_) unpipelined = std::max(unpipelined, SaveRaw(batched, n, true));
       }
       std::printf("save   %-28s loader %8.0f studies/s   raw %8.0f studies/s   (%d studies)\n",
                   batched ? "one outer transaction" : "a transaction per study", loader, raw, n);
+      if (pg_) {
+        std::printf("       raw with a round trip per statement       %8.0f studies/s\n",
+                    unpipelined);
+      }
       (batched ? save_batched_ : save_per_study_) = loader / raw;
       if (batched) raw_batched_rate_ = raw;
     }
@@ -311,32 +409,60 @@ class Bench {
     const int n = sizes_.save;
     const std::string path = FreshDb("load.db");
     LoaderSide side(path, streams_);
+    std::vector<int> ids;
     side.db().BeginTrans();
     for (int i = 0; i < n; ++i) {
       Company c = side.Study(i, "L" + std::to_string(i));
       side.loader().Access_Update(c);
+      ids.push_back(c.CompanyID);
     }
     side.db().CommitTrans();
-    RawDb raw(path);
-    double loader = 0, raw_rate = 0;
+    // Study ids[i] is a copy of sample i (cycling), whose load was captured as loads_[i].
+    std::unique_ptr<RawDb> raw;
+    std::unique_ptr<PgPipeline> raw_pg, unpipelined_pg;
+    if (pg_) {
+      raw_pg = std::make_unique<PgPipeline>(path);
+      unpipelined_pg = std::make_unique<PgPipeline>(path, true);
+      if (!raw_pg->ok() || !unpipelined_pg->ok()) Fail(raw_pg->error() + unpipelined_pg->error());
+    } else {
+      raw = std::make_unique<RawDb>(path);
+    }
+    double loader = 0, raw_rate = 0, unpipelined = 0;
     for (int r = 0; r < sizes_.load_repeats; ++r) {
+      if (pg_) {
+        const auto start = Clock::now();
+        for (size_t i = 0; i < ids.size(); ++i) {
+          if (pg_loads_[i % pg_loads_.size()].Load(*unpipelined_pg, ids[i]) <= 0) {
+            Fail("the raw load failed: " + unpipelined_pg->error());
+          }
+        }
+        unpipelined = std::max(unpipelined, n / Seconds(start));
+      }
       auto start = Clock::now();
-      for (int id = 1; id <= n; ++id) {
+      for (int id : ids) {
         Company c;
         side.loader().Access_Get(id, "", "", c);
         if (c.CompanyID != id) Fail("the loader did not load study " + std::to_string(id));
       }
       loader = std::max(loader, n / Seconds(start));
       start = Clock::now();
-      for (int id = 1; id <= n; ++id) {
-        if (loads_[(id - 1) % loads_.size()]->Load(raw.db, id) < 0) Fail("the raw load failed");
+      for (size_t i = 0; i < ids.size(); ++i) {
+        const int64_t read = raw_pg ? pg_loads_[i % pg_loads_.size()].Load(*raw_pg, ids[i])
+                                    : loads_[i % loads_.size()]->Load(raw->db, ids[i]);
+        // A study always has values to read: none means the replay reads nothing.
+        if (read <= 0) Fail("the raw load failed" + (raw_pg ? ": " + raw_pg->error() : ""));
       }
       raw_rate = std::max(raw_rate, n / Seconds(start));
     }
     for (auto& l : loads_) l->Reset();
     std::printf("load   by ID                         loader %8.0f studies/s   raw %8.0f studies/s   "
-                "(%d studies)\n\n",
+                "(%d studies)\n",
                 loader, raw_rate, n);
+    if (pg_) {
+      std::printf("       raw with a round trip per statement       %8.0f studies/s\n",
+                  unpipelined);
+    }
+    std::printf("\n");
     load_ = loader / raw_rate;
   }
 
@@ -405,15 +531,70 @@ class Bench {
     return {by_id, Seconds(start)};
   }
 
-  // The same database twice, with 1,000 studies and grown to 100,000; the passes over the
-  // two alternate so that whatever else the machine is doing weighs on both alike.
-  void Scale() {
-    const std::string small_path = FreshDb("scale-small.db");
-    const std::string large_path = (dir_ / "scale-large.db").string();
+  // Grow on the server: series keys move to the copy's key block. The statistics are taken
+  // afterwards, as the server's autovacuum would take them on a database this size.
+  void GrowPg(const std::string& uri, int have, int want) {
+    PgPipeline raw(uri);
+    std::map<std::string, std::vector<std::string>> columns;
+    raw.Command("SELECT table_name, column_name FROM information_schema.columns WHERE "
+                "table_schema = current_schema() ORDER BY table_name, ordinal_position",
+                [&columns](const PGresult* r) {
+                  for (int row = 0; row < PQntuples(r); ++row) {
+                    columns[FoldCase(PQgetvalue(r, row, 0))].emplace_back(PQgetvalue(r, row, 1));
+                  }
+                });
+    if (!raw.Sync()) Fail(raw.error());
+    raw.Command("BEGIN");
+    while (have < want) {
+      const int add = std::min(have, want - have);
+      const std::string off = std::to_string(have);
+      // Tables in creation order: a company's row comes before the rows that refer to it.
+      for (const TableDef& t : AllTables()) {
+        const std::vector<std::string>& names = columns[FoldCase(t.name)];
+        if (std::find(names.begin(), names.end(), "companyid") == names.end()) continue;
+        std::string into, select;
+        for (const std::string& c : names) {
+          std::string value = c;
+          if (c == "companyid") value = "companyid + " + off;
+          if (c == "strsymbol") value = "'S' || (companyid + " + off + ")";
+          if (t.kind == TableKind::Series && EqualsNoCase(c, t.key)) {
+            value = c + " + " + off + "::bigint * " + std::to_string(kSeriesKeyBlock);
+          }
+          into += (into.empty() ? "" : ", ") + c;
+          select += (select.empty() ? "" : ", ") + value;
+        }
+        const std::string sql = "INSERT INTO " + std::string(t.name) + " (" + into + ") SELECT " +
+                                select + " FROM " + std::string(t.name) + " WHERE companyid <= " +
+                                std::to_string(add);
+        raw.Command(sql.c_str());
+      }
+      have += add;
+    }
+    raw.Command("COMMIT");
+    raw.Command("ANALYZE");
+    if (!raw.Sync()) Fail("growing the database: " + raw.error());
+  }
+
+  // Builds the two databases the scale section loads from; the seconds it took. On the server
+  // the two are filled alike rather than copied (a database is copied only while no session
+  // is connected to it).
+  double BuildScale(const std::string& small_path, const std::string& large_path) {
+    const auto fill = Clock::now();
+    if (pg_) {
+      for (const std::string& uri : {small_path, large_path}) {
+        { LoaderSide refs(uri, streams_); }
+        PgPipeline raw(uri);
+        FillRawPg(raw, true, sizes_.scale_small, "S");
+      }
+      GrowPg(large_path, sizes_.scale_small, sizes_.scale_large);
+      PgPipeline analyze(small_path);
+      analyze.Command("ANALYZE");
+      if (!analyze.Sync()) Fail(analyze.error());
+      return Seconds(fill);
+    }
     {
       LoaderSide refs(small_path, streams_);
     }
-    auto fill = Clock::now();
     {
       RawDb raw(small_path);
       FillRaw(raw, true, sizes_.scale_small, "S");
@@ -426,7 +607,33 @@ class Bench {
       Grow(raw, sizes_.scale_small, sizes_.scale_large);
       raw.Exec("PRAGMA wal_checkpoint(TRUNCATE)");
     }
-    const double fill_seconds = Seconds(fill);
+    return Seconds(fill);
+  }
+
+  // Megabytes the database takes: its file, or its size on the server.
+  double Megabytes(const std::string& path) {
+    if (!pg_) return fs::file_size(path) / 1048576.0;
+    PgPipeline raw(path);
+    double bytes = 0;
+    raw.Command("SELECT pg_database_size(current_database())",
+                [&bytes](const PGresult* r) { bytes = std::atof(PQgetvalue(r, 0, 0)); });
+    if (!raw.Sync()) Fail(raw.error());
+    return bytes / 1048576.0;
+  }
+
+  // The same database twice, with 1,000 studies and grown to 100,000; the passes over the
+  // two alternate so that whatever else the machine is doing weighs on both alike.
+  void Scale() {
+    if (pg_ && sizes_.quick) {
+      std::printf("scale  not measured on PostgreSQL in --quick (a server database of %d "
+                  "studies takes minutes to build here; the full run measures it)\n\n",
+                  sizes_.scale_large);
+      return;
+    }
+    const std::string small_path = FreshDb("scale-small.db");
+    const std::string large_path = pg_ ? FreshDb("scale-large.db")
+                                       : (dir_ / "scale-large.db").string();
+    const double fill_seconds = BuildScale(small_path, large_path);
 
     LoaderSide small_side(small_path, streams_);
     LoaderSide large_side(large_path, streams_);
@@ -449,9 +656,10 @@ class Bench {
                 sizes_.scale_large, large.first / n * 1e6, large.second / n * 1e6);
     std::printf("       (database of %d studies, %.0f MB, built in %.0f s; best of %d passes of "
                 "%d loads)\n\n",
-                sizes_.scale_large, fs::file_size(large_path) / 1048576.0, fill_seconds,
+                sizes_.scale_large, Megabytes(large_path), fill_seconds,
                 sizes_.scale_repeats, sizes_.lookups);
     load_scale_ = std::max(large.first / small.first, large.second / small.second);
+    if (pg_) return;  // dropped with the others at the end
     // Unlinked now; the space comes back when the two sides close.
     for (const std::string& path : {small_path, large_path}) {
       for (const char* suffix : {"", "-wal", "-shm"}) fs::remove(path + suffix);
@@ -508,6 +716,7 @@ class Bench {
     import_rate_ = sizes_.import_small / small.second;
     std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s)\n", sizes_.import_large,
                 large.first / 1024.0, large.second);
+    if (pg_) return;  // the plain Python program writes SQLite files only
     python_rate_ = PythonRate(sizes_.import_small);
     if (python_rate_ > 0) {
       std::printf("python plain sqlite3 program    %6d studies: %7.0f studies/s  (the same rows "
@@ -541,6 +750,9 @@ class Bench {
   std::vector<std::string> streams_;  // their texts
   std::vector<std::unique_ptr<RowWriter>> saves_;
   std::vector<std::unique_ptr<StatementReplay>> loads_;
+  std::unique_ptr<ScratchDatabases> pg_;  // the server's databases, when measuring on one
+  std::vector<std::unique_ptr<PgRowWriter>> pg_saves_;
+  std::vector<PgStatementReplay> pg_loads_;
   double save_per_study_ = 0, save_batched_ = 0, load_ = 0, load_scale_ = 0;
   double raw_batched_rate_ = 0, import_rate_ = 0, python_rate_ = 0;
 };
@@ -551,8 +763,10 @@ class Bench {
 int main(int argc, char** argv) {
   using namespace kwx::bench;
   Sizes sizes;
+  std::string engine = "sqlite", uri;
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--quick") == 0) {
+      sizes.quick = true;
       sizes.save = 300;
       sizes.parse = 3000;
       sizes.repeats = 2;
@@ -563,16 +777,39 @@ int main(int argc, char** argv) {
       sizes.import_large = 1000;
     } else if (std::strcmp(argv[i], "--only") == 0 && i + 1 < argc) {
       sizes.only = argv[++i];
+    } else if (std::strcmp(argv[i], "--engine") == 0 && i + 1 < argc &&
+               (std::strcmp(argv[i + 1], "sqlite") == 0 ||
+                std::strcmp(argv[i + 1], "postgresql") == 0)) {
+      engine = argv[++i];
+    } else if (std::strcmp(argv[i], "--db") == 0 && i + 1 < argc &&
+               kwx::IsPostgresUri(argv[i + 1])) {
+      uri = argv[++i];
     } else {
       std::fprintf(stderr,
-                   "usage: kwx-bench [--quick] [--only parse|save|load|scale|memory]\n");
+                   "usage: kwx-bench [--quick] [--engine sqlite|postgresql] [--db URI] "
+                   "[--only parse|save|load|scale|memory]\n"
+                   "  --db: the PostgreSQL server (a postgresql:// URI; default postgresql://, "
+                   "the PG* environment), where the benchmark makes databases of its own and "
+                   "drops them at the end\n");
       return 2;
     }
+  }
+  if (engine == "postgresql") {
+    sizes.pg_uri = uri.empty() ? "postgresql://" : uri;
+  } else if (!uri.empty()) {
+    std::fprintf(stderr, "kwx-bench: --db names a PostgreSQL server: add --engine postgresql\n");
+    return 2;
   }
   kwx::RegisterBuiltinServices();
   const fs::path dir = fs::temp_directory_path() / ("kwx-bench-" + std::to_string(::getpid()));
   fs::create_directories(dir);
-  Bench(sizes, dir).Run();
+  int status = 0;
+  try {
+    Bench(sizes, dir).Run();
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "kwx-bench: %s\n", e.what());
+    status = 1;
+  }
   fs::remove_all(dir);
-  return 0;
+  return status;
 }
