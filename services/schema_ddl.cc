@@ -194,7 +194,12 @@ std::vector<std::string> SchemaStatements(std::span<const TableDef> tables, SqlE
     if (series) {
       defs.push_back(name(kCompanyKey) + " INTEGER NOT NULL" +
                      CascadeTo("Company", kCompanyKey, engine));
-      indexes.push_back(IndexStatement(t.name, {{kCompanyKey}}, engine));
+      // A study's rows by its ID, in key order: the first key of a study's block is then one
+      // step into the index. SQLite's index holds the row's key after the ID by itself; the
+      // server's must name it, or finding the smallest key of a study that has no rows yet
+      // walks the whole key index.
+      indexes.push_back(pg ? IndexStatement(t.name, {{kCompanyKey}, {t.key}}, engine)
+                           : IndexStatement(t.name, {{kCompanyKey}}, engine));
       if (pg) {
         const std::vector<std::string> trigger = PostgresSeriesKeyTrigger(t);
         triggers.insert(triggers.end(), trigger.begin(), trigger.end());
