@@ -351,7 +351,25 @@ bool PostgresDatabase::blnOpenDatabase(std::string& uri) {
     return false;
   }
   conn_ = conn;
+  if (*has && upgrade_allowed_) AddSeriesIndexes();
   return true;
+}
+
+void PostgresDatabase::AddSeriesIndexes() {
+  // A database laid out before the series indexes named the key has them by the study alone:
+  // the keyed ones are added once, by a program that may write. Only a speed matter, so a
+  // member whose role may not add an index still opens the database.
+  for (const TableDef& t : AllTables()) {
+    if (t.kind != TableKind::Series) continue;
+    const std::string name = SeriesIndexName(t, SqlEngine::kPostgres);
+    const char* values[] = {name.c_str()};
+    Result found(PQexecParams(conn_,
+                              "SELECT 1 FROM pg_indexes WHERE schemaname = current_schema() "
+                              "AND indexname = $1",
+                              1, nullptr, values, nullptr, nullptr, 0));
+    if (PQresultStatus(found.get()) != PGRES_TUPLES_OK || PQntuples(found.get()) > 0) continue;
+    Result made(PQexec(conn_, SeriesIndexStatement(t, SqlEngine::kPostgres).c_str()));
+  }
 }
 
 bool PostgresDatabase::CloseNCompact(std::string& uri) {

@@ -93,7 +93,7 @@ class PostgresDatabase final : public DatabaseEngine {
     trace_.SetCallback(std::move(callback));
   }
   // A server database is always laid out at the current version; nothing to switch.
-  void SetUpgradeAllowed(bool) noexcept override {}
+  void SetUpgradeAllowed(bool allowed) noexcept override { upgrade_allowed_ = allowed; }
   int TransactionDepth() const noexcept override { return depth_; }
   const std::string& LastErrorMessage() const noexcept override { return last_error_; }
 
@@ -107,6 +107,8 @@ class PostgresDatabase final : public DatabaseEngine {
   void Close() noexcept;
   bool ExecuteOne(const std::string& sql, Variant& fields, Variant& data);
   bool Refuse(std::string message);
+  // Adds the series indexes by study and key that a database laid out earlier lacks.
+  void AddSeriesIndexes();
   // Runs `command` (transaction control) as a plain command; false with last_error_ set.
   bool Command(const char* command);
   // Forgets the series keys a statement handed on (another program may write between
@@ -132,6 +134,7 @@ class PostgresDatabase final : public DatabaseEngine {
   std::optional<FreeSeriesKey> free_series_key_;
   std::optional<FreeSeriesKey> last_series_key_;
   std::string last_error_;
+  bool upgrade_allowed_ = true;
   StatementTrace trace_;
 };
 

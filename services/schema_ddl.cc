@@ -1,5 +1,6 @@
 #include "services/schema_ddl_internal.h"
 
+#include "automation/text.h"
 #include "model/schema.h"
 #include "services/jet_dialect.h"
 
@@ -153,6 +154,20 @@ std::string_view DeclaredTypeName(ColumnType type, SqlEngine engine) noexcept {
   return "TEXT";
 }
 
+// A study's rows by its ID, in key order: the first key of a study's block is then one step
+// into the index. Without the key named on the server, finding the smallest key of a study
+// that has no rows yet walks the whole key index.
+std::string SeriesIndexName(const TableDef& t, SqlEngine engine) {
+  std::string name = std::string(t.name) + "_" + std::string(kCompanyKey);
+  if (engine == SqlEngine::kPostgres) name += "_" + std::string(t.key);
+  return engine == SqlEngine::kPostgres ? FoldCase(name) : name;
+}
+
+std::string SeriesIndexStatement(const TableDef& t, SqlEngine engine) {
+  return engine == SqlEngine::kPostgres ? IndexStatement(t.name, {{kCompanyKey}, {t.key}}, engine)
+                                        : IndexStatement(t.name, {{kCompanyKey}}, engine);
+}
+
 std::string SeriesKeyTrigger(const TableDef& t) {
   const std::string table = Quoted(t.name);
   const std::string key = Quoted(t.key);
@@ -194,12 +209,7 @@ std::vector<std::string> SchemaStatements(std::span<const TableDef> tables, SqlE
     if (series) {
       defs.push_back(name(kCompanyKey) + " INTEGER NOT NULL" +
                      CascadeTo("Company", kCompanyKey, engine));
-      // A study's rows by its ID, in key order: the first key of a study's block is then one
-      // step into the index. SQLite's index holds the row's key after the ID by itself; the
-      // server's must name it, or finding the smallest key of a study that has no rows yet
-      // walks the whole key index.
-      indexes.push_back(pg ? IndexStatement(t.name, {{kCompanyKey}, {t.key}}, engine)
-                           : IndexStatement(t.name, {{kCompanyKey}}, engine));
+      indexes.push_back(SeriesIndexStatement(t, engine));
       if (pg) {
         const std::vector<std::string> trigger = PostgresSeriesKeyTrigger(t);
         triggers.insert(triggers.end(), trigger.begin(), trigger.end());

@@ -37,6 +37,12 @@ std::string_view DeclaredTypeName(ColumnType type,
 // key of the block.
 inline constexpr int64_t kSeriesKeyBlock = 65536;
 
+// The index of Series table `table` by study, in key order on `engine` (SQLite's index holds
+// the row's key after the study's ID by itself; the server's names it): its name and the
+// statement that makes it.
+std::string SeriesIndexName(const TableDef& table, SqlEngine engine);
+std::string SeriesIndexStatement(const TableDef& table, SqlEngine engine);
+
 // The trigger that moves a row inserted into the Series table `table` with a key outside its
 // study's block to the lowest free key of that block (see kSeriesKeyBlock). The insert fails
 // when the block has no free key.

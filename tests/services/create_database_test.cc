@@ -54,9 +54,21 @@ TEST_F(DatabaseTest, EveryDeclaredColumnExistsWithItsType) {
 }
 
 // On the server a series' index by study also orders each study's rows by key, as SQLite's
-// does by itself: the smallest key of a study without rows is then found in one step.
+// does by itself: the smallest key of a study without rows is then found in one step. A
+// database laid out with the index by study alone gets it when a program that may write opens
+// it, not when one that only reads does.
 TEST_F(DatabaseTest, ServerSeriesIndexesOrderEachStudysRowsByKey) {
   if (!testing::OnServer()) GTEST_SKIP() << "SQLite's index holds the key by itself";
+  ASSERT_TRUE(Exec("drop index monthly_companyid_monthlyid"));
+  ASSERT_TRUE(Exec("create index monthly_companyid on monthly (companyid)"));
+  for (const bool writer : {false, true}) {
+    db_.SetUpgradeAllowed(writer);
+    ASSERT_TRUE(db_.blnOpenDatabase(path_));
+    EXPECT_EQ(Scalar("select count(*) from pg_indexes where indexname = "
+                     "'monthly_companyid_monthlyid' and schemaname = current_schema()")
+                  .AsLong(),
+              writer ? 1 : 0);
+  }
   for (const TableDef& t : AllTables()) {
     if (t.kind != TableKind::Series) continue;
     const std::string table = FoldCase(t.name);
