@@ -62,7 +62,8 @@ enumDataFile FormatOf(const std::string& path, const std::string& forced) {
 
 // A data file read, split and mapped ahead of its save, on the reading thread.
 struct FileAhead {
-  Variant fields;  // Empty for a file that could not be read
+  std::string not_a_file;  // NotADataFile of the path
+  Variant fields;          // Empty for a file that could not be read
   Company study;   // the fields mapped onto a fresh study (kwxLoader::MapFields)
   bool mapped = false;
 };
@@ -73,7 +74,7 @@ struct FileAhead {
 // reference row is added for it.
 std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
                       Company& company, FileAhead* ahead = nullptr) {
-  if (std::string why = NotADataFile(path); !why.empty()) return why;
+  if (std::string why = ahead ? ahead->not_a_file : NotADataFile(path); !why.empty()) return why;
   ImportStatus status;
   if (path == kStandardInput) {
     const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
@@ -202,6 +203,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         ahead.emplace(total, [reader, platform, im, &formats](size_t i) {
           FileAhead file;
           if (im->files[i] == kStandardInput) return file;
+          file.not_a_file = NotADataFile(im->files[i]);
           std::string name = im->files[i];
           file.fields = reader->vntImportB(name);
           if (file.fields.IsArray() && FieldsHaveLayout(file.fields, formats[i])) {
@@ -256,6 +258,7 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
             FileAhead file = ahead ? ahead->Take(i) : FileAhead();
             line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i],
                              *im, ahead && im->files[i] != kStandardInput ? &file : nullptr);
+            if (ahead) ahead->Discard(std::move(file));
           } catch (const std::exception& e) {
             notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";
           }

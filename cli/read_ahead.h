@@ -10,6 +10,7 @@
 #include <mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace kwx::cli {
 
@@ -56,13 +57,22 @@ class ReadAhead {
     return result;
   }
 
+  // Hands a result back to be destroyed on the reading thread, so that the caller's thread
+  // does not spend its time freeing what the reading thread allocated.
+  void Discard(Result result) {
+    const std::lock_guard<std::mutex> hold(lock_);
+    spent_.push_back(std::move(result));
+  }
+
  private:
   void Work() {
     for (size_t index = 0; index < count_; ++index) {
+      std::vector<Result> spent;
       {
         // Once full, the reader sleeps until half the results are taken and then reads on in
         // a burst: one wake-up per half a queue, not one per file.
         std::unique_lock<std::mutex> hold(lock_);
+        spent.swap(spent_);
         if (ready_.size() >= depth_) {
           reader_waits_ = true;
           room_.wait(hold, [&] { return stop_ || ready_.size() <= depth_ / 2; });
@@ -70,6 +80,7 @@ class ReadAhead {
         }
         if (stop_) return;
       }
+      spent.clear();
       Result result;
       try {
         result = read_(index);
@@ -93,6 +104,7 @@ class ReadAhead {
   std::condition_variable room_;     // the reader waits for room in the queue
   std::condition_variable arrived_;  // Take waits for a result
   std::deque<Result> ready_;
+  std::vector<Result> spent_;  // handed back by Discard, destroyed by the reader
   size_t taken_ = 0;
   bool stop_ = false;
   bool reader_waits_ = false;

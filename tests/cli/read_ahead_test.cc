@@ -6,7 +6,9 @@
 
 #include <atomic>
 #include <stdexcept>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "automation/variant.h"
@@ -57,6 +59,30 @@ TEST(ReadAhead, AnswersInOrderBoundedAndStopsEarly) {
     EXPECT_EQ(ahead.Take(0).AsString(), "0");
   }
   EXPECT_LE(reads.load(), 4);
+}
+
+// A result handed back is destroyed on the reading thread, not the caller's.
+TEST(ReadAhead, DiscardedResultsAreFreedByTheReader) {
+  struct Marked {
+    std::shared_ptr<std::thread::id> freed_on;
+    Marked() = default;
+    explicit Marked(std::shared_ptr<std::thread::id> at) : freed_on(std::move(at)) {}
+    Marked(Marked&&) = default;
+    Marked& operator=(Marked&&) = default;
+    ~Marked() {
+      if (freed_on) *freed_on = std::this_thread::get_id();
+    }
+  };
+  std::vector<std::shared_ptr<std::thread::id>> marks;
+  for (int i = 0; i < 40; ++i) marks.push_back(std::make_shared<std::thread::id>());
+  {
+    ReadAhead<Marked> ahead(marks.size(), [&](size_t index) { return Marked(marks[index]); }, 4);
+    for (size_t i = 0; i < marks.size(); ++i) ahead.Discard(ahead.Take(i));
+  }
+  int by_caller = 0;
+  for (const auto& mark : marks) by_caller += *mark == std::this_thread::get_id() ? 1 : 0;
+  // Those handed back after the reader's last read are freed with the reader itself.
+  EXPECT_LE(by_caller, 8);
 }
 
 }  // namespace
