@@ -167,9 +167,8 @@ class TemplateText {
 };
 
 // Writes the values of `rec`'s columns, each by `value(out, rec, binding)`, into the values of
-// `statement` from place `from` on.
-// A finite Single member of a Single column is kept as its number, which `value` would write
-// as its NumberText (AppendMember).
+// `statement` from place `from` on; a finite Single member of a Single column is kept as its
+// number instead, which `value` would write as its NumberText (AppendMember).
 template <class Rec, class ValueFn>
 void WriteValues(ComposedStatement& statement, size_t from, const Rec& rec,
                  const Columns<Rec>& columns, ValueFn value) {

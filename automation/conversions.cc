@@ -556,6 +556,7 @@ SingleDecimal SingleDecimalOf(float v) {
   out.plain = !(d.exponent >= 7 || d.exponent < -4);
   return out;
 }
+
 std::string NumberText(double v) { return NumberTextOf(v, 15, false); }
 
 double RoundHalfEven(double v) { return static_cast<double>(RoundHalfEvenLong(v)); }

@@ -223,7 +223,6 @@ std::string WithApostrophes(std::string_view text) {
   return out;
 }
 
-
 // The column names of "insert into T (a, b, ...)" at the start of `s`, or none.
 std::vector<std::string_view> InsertColumnsOf(std::string_view s) {
   std::vector<std::string_view> columns;
