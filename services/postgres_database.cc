@@ -651,7 +651,9 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
 }
 
 std::optional<int64_t> PostgresDatabase::NewSeriesKey(int table, const SqlParameter& company) {
-  if (company.kind != SqlParameter::Kind::Integer) return std::nullopt;
+  if (company.kind != SqlParameter::Kind::Integer || !HasStudyBlock(company.integer)) {
+    return std::nullopt;  // no block to take a key in: the key trigger decides
+  }
   const int64_t id = company.integer;
   if (free_series_key_ && free_series_key_->table == table &&
       InStudyBlock(free_series_key_->key, id)) {

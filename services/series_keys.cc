@@ -1,5 +1,6 @@
 #include "services/series_keys_internal.h"
 
+#include <limits>
 #include <span>
 
 #include "automation/text.h"
@@ -44,8 +45,14 @@ int TakeSeriesTable(std::string_view& s) {
 
 }  // namespace
 
+bool HasStudyBlock(int64_t company_id) {
+  return company_id >= 0 &&
+         company_id < std::numeric_limits<int64_t>::max() / kSeriesKeyBlock - 1;
+}
+
 bool InStudyBlock(int64_t key, int64_t company_id) {
-  return key >= company_id * kSeriesKeyBlock && key < (company_id + 1) * kSeriesKeyBlock;
+  return HasStudyBlock(company_id) && key >= company_id * kSeriesKeyBlock &&
+         key < (company_id + 1) * kSeriesKeyBlock;
 }
 
 std::string HighestKeySql(int table) {

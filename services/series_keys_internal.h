@@ -30,7 +30,11 @@ struct SeriesShape {
 // The role of the lifted statement `shape` (ParameterizeJetSql) holding `value_count` values.
 SeriesShape ClassifySeriesShape(std::string_view shape, size_t value_count);
 
-// True when `key` lies in the key block of study `company_id`.
+// True when study `company_id` has a key block: its ID is not negative and the whole block
+// fits in a 64-bit key.
+bool HasStudyBlock(int64_t company_id);
+
+// True when `key` lies in the key block of study `company_id` (false for a study without one).
 bool InStudyBlock(int64_t key, int64_t company_id);
 
 // A query of the highest key of series table `table` (an index among AllTables()) in the block

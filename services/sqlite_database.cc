@@ -421,7 +421,9 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
 
 std::optional<int64_t> SqliteDatabase::NewSeriesKey(int table, const SqlParameter& company,
                                                      const std::optional<FreeSeriesKey>& free) {
-  if (company.kind != SqlParameter::Kind::Integer) return std::nullopt;
+  if (company.kind != SqlParameter::Kind::Integer || !HasStudyBlock(company.integer)) {
+    return std::nullopt;  // no block to take a key in: the key trigger decides
+  }
   const int64_t id = company.integer;
   if (free && free->table == table && InStudyBlock(free->key, id)) return free->key;
   // A save inserts a series' rows one after another: the row after the last one inserted

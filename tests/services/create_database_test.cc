@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 
 #include "automation/safe_array.h"
 #include "automation/text.h"
 #include "model/schema.h"
 #include "services/schema_ddl_internal.h"
+#include "services/series_keys_internal.h"
 #include "tests/support/test_database.h"
 
 namespace kwx {
@@ -139,6 +141,14 @@ TEST_F(DatabaseTest, SeriesRowsTakeTheirKeysInTheirStudysBlock) {
   EXPECT_EQ(Column("select JudgmentPERTID || ':' || CompanyID || ':' || GraphType "
                    "from JudgmentPERT order by JudgmentPERTID"),
             "65536:1:1;65537:1:6;65538:1:3;65539:1:4;65540:1:7;65541:1:8;131072:2:1;131073:2:2;");
+  // A study ID whose block no 64-bit key can hold has no block: the insert is refused (no
+  // such study) without the key being worked out past the end of 64 bits.
+  for (const char* id : {"4852094820647174142", "140737488355327", "-3"}) {
+    EXPECT_FALSE(Exec(std::string("insert into JudgmentPERT (CompanyID, GraphType) select ") +
+                      id + ", 1"))
+        << id;
+  }
+  EXPECT_FALSE(InStudyBlock(0, std::numeric_limits<int64_t>::max() / kSeriesKeyBlock));
 }
 
 // A file written before series keys were kept in blocks is renumbered when it is opened, each
