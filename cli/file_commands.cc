@@ -64,8 +64,8 @@ enumDataFile FormatOf(const std::string& path, const std::string& forced) {
 struct FileAhead {
   std::string not_a_file;  // NotADataFile of the path
   Variant fields;          // Empty for a file that could not be read
-  Company study;   // the fields mapped onto a fresh study (kwxLoader::MapFields)
-  bool mapped = false;
+  Company study;           // the fields mapped onto a fresh study (kwxLoader::MapFields)
+  bool mapped = false;     // MapFields' answer
 };
 
 // Reads one study from `path` into `company`: from `ahead` when the file was read ahead, else
