@@ -37,22 +37,36 @@ nlohmann::json RecordJson(const std::vector<Row>& rows) {
   return out;
 }
 
-// The groups and series of a study under their names in the JSON, the one list of them that
-// writing and reading the shape go over.
+// The record type a part of a study holds: the group itself, or a series' row.
+template <class Part>
+struct PartRecord {
+  using type = Part;
+};
+template <class Row>
+struct PartRecord<std::vector<Row>> {
+  using type = Row;
+};
+
+// The groups and series of a study, each under its table's name in the JSON: the one list of
+// them that writing and reading the shape go over.
 template <class C, class F>
 void ForEachPart(C& company, F&& f) {
-  f("Options", company.Options);
-  f("JudgmentGraph", company.JudgmentGraph);
-  f("JudgmentAnalysis", company.JudgmentAnalysis);
-  f("JudgmentCheckList", company.JudgmentCheckList);
-  f("JudgmentPrefProc", company.JudgmentPrefProc);
-  f("JudgmentAssessment", company.JudgmentAssessment);
-  f("JudgmentStockReport", company.JudgmentStockReport);
-  f("Yearly", company.Yearly);
-  f("Quarterly", company.Quarterly);
-  f("Monthly", company.Monthly);
-  f("JudgmentPMG", company.JudgmentPMG);
-  f("JudgmentPERT", company.JudgmentPERT);
+  auto part = [&](auto& member) {
+    using Record = typename PartRecord<std::remove_cvref_t<decltype(member)>>::type;
+    f(std::string(Record::Table().name), member);
+  };
+  part(company.Options);
+  part(company.JudgmentGraph);
+  part(company.JudgmentAnalysis);
+  part(company.JudgmentCheckList);
+  part(company.JudgmentPrefProc);
+  part(company.JudgmentAssessment);
+  part(company.JudgmentStockReport);
+  part(company.Yearly);
+  part(company.Quarterly);
+  part(company.Monthly);
+  part(company.JudgmentPMG);
+  part(company.JudgmentPERT);
 }
 
 // A JSON value as the Variant a field of `type` takes: a date text as a Date, an array as a
@@ -140,7 +154,8 @@ nlohmann::json CompanyJson(const Company& company) {
     out[std::string(b.column.name)] = ToJson(GetField(company, b));
   }
   out["Notes"] = company.Notes;
-  ForEachPart(company, [&](const char* name, const auto& part) { out[name] = RecordJson(part); });
+  ForEachPart(company,
+              [&](const std::string& name, const auto& part) { out[name] = RecordJson(part); });
   return out;
 }
 
@@ -157,7 +172,7 @@ void CompanyFromJson(const nlohmann::json& study, Company& company) {
       company.Notes = value.is_null() ? "" : value.get<std::string>();
     } else {
       bool part_found = false;
-      ForEachPart(company, [&](const char* name, auto& part) {
+      ForEachPart(company, [&](const std::string& name, auto& part) {
         if (key != name) return;
         part_found = true;
         RecordFromJson(value, part, key);
@@ -173,13 +188,8 @@ std::optional<ColumnType> StudyFieldType(std::string_view part, std::string_view
     Types t;
     AddTypes<Company>(t, "");
     Company company;
-    ForEachPart(company, [&](const char* name, auto& p) {
-      using Part = std::remove_cvref_t<decltype(p)>;
-      if constexpr (requires { typename Part::value_type; }) {
-        AddTypes<typename Part::value_type>(t, name);
-      } else {
-        AddTypes<Part>(t, name);
-      }
+    ForEachPart(company, [&](const std::string& name, auto& p) {
+      AddTypes<typename PartRecord<std::remove_cvref_t<decltype(p)>>::type>(t, name);
     });
     return t;
   }();
