@@ -2,6 +2,7 @@
 
 #include <libpq-fe.h>
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <chrono>
@@ -11,6 +12,7 @@
 #include <span>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "automation/dates.h"
 #include "automation/errors.h"
@@ -358,16 +360,19 @@ bool PostgresDatabase::blnOpenDatabase(std::string& uri) {
 void PostgresDatabase::AddSeriesIndexes() {
   // A database laid out before the series indexes named the key has them by the study alone:
   // the keyed ones are added once, by a program that may write. Only a speed matter, so a
-  // member whose role may not add an index still opens the database.
+  // member whose role may not add an index still opens the database. The schema's indexes are
+  // read in one round trip.
+  Result found(
+      PQexec(conn_, "SELECT indexname FROM pg_indexes WHERE schemaname = current_schema()"));
+  if (PQresultStatus(found.get()) != PGRES_TUPLES_OK) return;
+  std::vector<std::string> held;
+  for (int row = 0; row < PQntuples(found.get()); ++row) {
+    held.emplace_back(PQgetvalue(found.get(), row, 0));
+  }
   for (const TableDef& t : AllTables()) {
     if (t.kind != TableKind::Series) continue;
     const std::string name = SeriesIndexName(t, SqlEngine::kPostgres);
-    const char* values[] = {name.c_str()};
-    Result found(PQexecParams(conn_,
-                              "SELECT 1 FROM pg_indexes WHERE schemaname = current_schema() "
-                              "AND indexname = $1",
-                              1, nullptr, values, nullptr, nullptr, 0));
-    if (PQresultStatus(found.get()) != PGRES_TUPLES_OK || PQntuples(found.get()) > 0) continue;
+    if (std::find(held.begin(), held.end(), name) != held.end()) continue;
     Result made(PQexec(conn_, SeriesIndexStatement(t, SqlEngine::kPostgres).c_str()));
   }
 }
