@@ -68,8 +68,9 @@ struct FileAhead {
   bool mapped = false;     // MapFields' answer
 };
 
-// Reads one study from `path` into `company`: from `ahead` when the file was read ahead, else
-// by reading it; standard input ("-") is decoded and split as a file is. Answers "" on success,
+// Reads one study from `path` into `company`: from `ahead` when the file was read ahead (then
+// `company` is the study mapped ahead, taken from it), else by reading it; standard input
+// ("-") is decoded and split as a file is. Answers "" on success,
 // else why nothing was read. A file whose fields have the other layout is refused before any
 // reference row is added for it.
 std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
@@ -80,7 +81,6 @@ std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, 
     const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
     status = ReadStudyText(loader, StreamTextOfDataFile(bytes), format, "'" + path + "'", company);
   } else if (ahead != nullptr) {
-    company = std::move(ahead->study);
     status = ReadMappedStudyFields(loader, ahead->fields, path, format, company, ahead->mapped);
   } else {
     status = ReadStudyFile(loader, path, format, company);
@@ -120,7 +120,8 @@ struct ReadArgs {
 std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, StudyIndex* saved,
                                      const std::string& file, enumDataFile format,
                                      const ImportArgs& args, FileAhead* ahead) {
-  Company company;
+  // A study mapped ahead is taken as it is, not made afresh only to be replaced.
+  Company company = ahead != nullptr ? std::move(ahead->study) : Company();
   if (std::string why = ReadStudy(ctx, loader, file, format, company, ahead); !why.empty()) {
     *ctx.err << "kwx: " << why << "\n";
     return std::nullopt;

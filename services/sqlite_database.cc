@@ -26,6 +26,7 @@ namespace {
 
 using sqlite_support::DeclaredKind;
 using sqlite_support::StatementCache;
+using sqlite_support::StatementSlot;
 
 constexpr const char* kSecondStatement =
     "the text holds a second statement (nothing of it was run)";
@@ -249,7 +250,7 @@ bool SqliteDatabase::blnExecute(const std::string& sql, Variant& fields, Variant
   return ok;
 }
 
-const SqliteDatabase::TemplateRun* SqliteDatabase::TemplateShape(
+SqliteDatabase::TemplateRun* SqliteDatabase::TemplateShape(
     const StatementTemplate& shape) {
   auto found = template_shapes_.find(shape.id);
   if (found == template_shapes_.end()) {
@@ -278,7 +279,8 @@ const SqliteDatabase::TemplateRun* SqliteDatabase::TemplateShape(
     for (const std::string& column : shape.columns) date_columns.push_back(IsDateColumn(column));
     found = template_shapes_
                 .emplace(shape.id, TemplateRun{usable ? std::move(lifted.shape) : "",
-                                               condition_from, std::move(date_columns)})
+                                               condition_from, std::move(date_columns),
+                                               std::make_unique<StatementSlot>()})
                 .first;
   }
   return found->second.shape.empty() ? nullptr : &found->second;
@@ -286,7 +288,7 @@ const SqliteDatabase::TemplateRun* SqliteDatabase::TemplateShape(
 
 bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Variant& fields,
                                         Variant& data) {
-  const TemplateRun* run =
+  TemplateRun* run =
       db_ && statement.shape != nullptr ? TemplateShape(*statement.shape) : nullptr;
   if (run == nullptr || statement.literals.size() != statement.shape->columns.size()) {
     return IDatabase::blnExecuteComposed(statement, fields, data);
@@ -303,7 +305,8 @@ bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Vari
   }
   bool compiled = true;
   const bool ok = StatementTrace::Answer(fields, data, row_count_, last_error_, [&] {
-    const std::optional<bool> ran = RunShape(run->shape, composed_values_, fields, data);
+    const std::optional<bool> ran =
+        RunShape(run->shape, composed_values_, fields, data, run->slot.get());
     compiled = ran.has_value();
     return ran.value_or(false);
   });
@@ -354,12 +357,14 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
 
 std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
                                              const std::vector<SqlParameter>& values,
-                                             Variant& fields, Variant& data) {
+                                             Variant& fields, Variant& data,
+                                             StatementSlot* slot) {
   // A key an update of a series row just found free, for the insert that may follow it, and
   // the key the statement before this one inserted: both hold for the next statement only.
   const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
   const std::optional<FreeSeriesKey> last_key = std::exchange(last_series_key_, std::nullopt);
-  StatementCache::Entry* entry = statements_->Find(shape);
+  StatementCache::Slot* kept = slot != nullptr ? &slot->slot : nullptr;
+  StatementCache::Entry* entry = statements_->Find(shape, kept);
   if (entry == nullptr) {
     SeriesShape series = ClassifySeriesShape(shape, values.size());
     const std::string& compiled =
@@ -379,7 +384,7 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
         return Refuse(kSecondStatement);
       }
       if (sqlite3_bind_parameter_count(stmt.get()) == static_cast<int>(parameters)) {
-        entry = statements_->Insert(shape, stmt.release());
+        entry = statements_->Insert(shape, stmt.release(), kept);
         entry->series = std::move(series);
       }
     }

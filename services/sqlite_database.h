@@ -24,6 +24,7 @@ namespace kwx {
 struct SqlParameter;
 namespace sqlite_support {
 class StatementCache;
+struct StatementSlot;
 }  // namespace sqlite_support
 
 // One database connection at a time. Statements arrive in the Jet dialect and are translated
@@ -131,8 +132,10 @@ class SqliteDatabase final : public DatabaseEngine {
   // Runs the translated `shape` with `values` bound, on the statement compiled once for it.
   // std::nullopt when SQLite does not take the shape as it stands (a value stood where it
   // takes no parameter): the statement's plain translation decides then.
+  // `slot`, when given, keeps the shape's compiled statement between runs.
   std::optional<bool> RunShape(const std::string& shape, const std::vector<SqlParameter>& values,
-                               Variant& fields, Variant& data);
+                               Variant& fields, Variant& data,
+                               sqlite_support::StatementSlot* slot = nullptr);
   // How a template's statements run: the translated shape they take (empty when they run as
   // text), and the first value standing in the condition (the piece before it says `where`),
   // from which on a text value makes the statement run as text.
@@ -140,9 +143,10 @@ class SqliteDatabase final : public DatabaseEngine {
     std::string shape;
     size_t condition_from = 0;
     std::vector<bool> date_columns;  // per value, whether its column stores dates
+    std::unique_ptr<sqlite_support::StatementSlot> slot;  // the shape's compiled statement
   };
   // How the template's statements run, or null when they run as text.
-  const TemplateRun* TemplateShape(const StatementTemplate& shape);
+  TemplateRun* TemplateShape(const StatementTemplate& shape);
   // Keeps `message` as the last error and answers false.
   bool Refuse(std::string message);
 

@@ -248,23 +248,31 @@ bool TailIsEmpty(std::string_view tail) {
   return true;
 }
 
-StatementCache::Entry* StatementCache::Find(const std::string& shape) {
+StatementCache::Entry* StatementCache::Find(const std::string& shape, Slot* slot) {
+  if (slot != nullptr && slot->generation == generation_) {
+    order_.splice(order_.begin(), order_, slot->at);
+    return &slot->at->second;
+  }
   const auto found = index_.find(shape);
   if (found == index_.end()) return nullptr;
   order_.splice(order_.begin(), order_, found->second);
+  if (slot != nullptr) *slot = Slot{found->second, generation_};
   return &found->second->second;
 }
 
-StatementCache::Entry* StatementCache::Insert(const std::string& shape, sqlite3_stmt* stmt) {
+StatementCache::Entry* StatementCache::Insert(const std::string& shape, sqlite3_stmt* stmt,
+                                              Slot* slot) {
   if (index_.size() >= capacity_ && !order_.empty()) {
     auto& oldest = order_.back();
     sqlite3_finalize(oldest.second.stmt);
     index_.erase(oldest.first);
     order_.pop_back();
+    ++generation_;
   }
   order_.emplace_front(shape, Entry{});
   order_.front().second.stmt = stmt;
   index_.emplace(order_.front().first, order_.begin());
+  if (slot != nullptr) *slot = Slot{order_.begin(), generation_};
   return &order_.front().second;
 }
 
@@ -272,6 +280,7 @@ void StatementCache::Clear() noexcept {
   for (auto& [shape, entry] : order_) sqlite3_finalize(entry.stmt);
   index_.clear();
   order_.clear();
+  ++generation_;
 }
 
 }  // namespace sqlite_support

@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <list>
 #include <string>
 #include <string_view>
@@ -77,21 +78,36 @@ class StatementCache {
   StatementCache(const StatementCache&) = delete;
   StatementCache& operator=(const StatementCache&) = delete;
 
+  using Order = std::list<std::pair<std::string, Entry>>;
+  // Where a caller that runs one shape again and again keeps its entry between runs, so that
+  // the shape's text is not hashed and compared each time. Valid while the entry is held.
+  struct Slot {
+    Order::iterator at;
+    uint64_t generation = 0;  // the cache's generation when `at` was kept; 0 for none
+  };
+
   // The entry of `shape`, now the most recently used; nullptr when the shape is not held.
-  Entry* Find(const std::string& shape);
+  // With a `slot`, the entry it keeps when that is still held, and the entry found is kept
+  // in it.
+  Entry* Find(const std::string& shape, Slot* slot = nullptr);
   // Takes ownership of `stmt`, compiled from `shape` (which must not be held yet), dropping
-  // the least recently used entry when full. Answers the new entry.
-  Entry* Insert(const std::string& shape, sqlite3_stmt* stmt);
+  // the least recently used entry when full. Answers the new entry, kept in `slot` if given.
+  Entry* Insert(const std::string& shape, sqlite3_stmt* stmt, Slot* slot = nullptr);
   // Finalizes and forgets every statement.
   void Clear() noexcept;
   size_t size() const noexcept { return index_.size(); }
 
  private:
-  using Order = std::list<std::pair<std::string, Entry>>;
-
   size_t capacity_;
   Order order_;  // most recently used first
   std::unordered_map<std::string_view, Order::iterator> index_;  // keys view order_'s texts
+  // Changes whenever an entry is dropped, which makes every slot kept before it stale.
+  uint64_t generation_ = 1;
+};
+
+// A template's place in a connection's cache (StatementCache::Slot), kept with the template.
+struct StatementSlot {
+  StatementCache::Slot slot;
 };
 
 }  // namespace sqlite_support

@@ -84,6 +84,33 @@ TEST_F(DatabaseTest, CacheSurvivesEvictionSchemaChangesAndQuotedNames) {
   EXPECT_TRUE(Scalar("select count(*) from Sector").SameAs(Variant(int32_t{2})));
 }
 
+// A template keeps its compiled statement between runs; when more shapes than the cache holds
+// have run since, or a schema change recompiled it, the next run still stores its own values.
+TEST_F(DatabaseTest, ComposedStatementsRunAgainOnceTheirStatementWasDropped) {
+  if (testing::OnServer()) GTEST_SKIP() << "the SQLite engine's own statement cache";
+  StatementTemplate insert;
+  insert.pieces = {"insert into Sector(Sector) select ", ""};
+  insert.columns = {"Sector"};
+  Variant fields, data;
+  for (int round = 0; round < 4; ++round) {
+    ComposedStatement statement{&insert, {"'S" + std::to_string(round) + "'"}, {}};
+    ASSERT_TRUE(db_.blnExecuteComposed(statement, fields, data)) << round;
+    if (round == 1) {
+      ASSERT_TRUE(Exec("alter table Sector add column Extra SMALLINT"));
+    }
+    if (round == 3) continue;
+    for (int k = 0; k < 600; ++k) {
+      ASSERT_TRUE(Exec("select count(*) as n" + std::to_string(k) + " from Sector"));
+    }
+  }
+  ASSERT_TRUE(db_.blnExecute("select Sector from Sector order by SectorID", fields, data));
+  const SafeArray& rows = data.AsArray();
+  ASSERT_EQ(rows.UBound(1) - rows.LBound(1) + 1, 4);
+  for (int round = 0; round < 4; ++round) {
+    EXPECT_EQ(rows(rows.LBound(1) + round, 0).AsString(), "S" + std::to_string(round));
+  }
+}
+
 // A statement handed over as template and values stores, answers and traces exactly what its
 // text does, whatever the values: signs, exponents, apostrophes, dates, Booleans, and values
 // that cannot be bound as they stand (which send the statement through its text).
