@@ -30,8 +30,8 @@ struct StatementSlot;
 // One database connection at a time. Statements arrive in the Jet dialect and are translated
 // (jet_dialect.h) before SQLite sees them. Values come back typed from the declared column
 // types of the schema (create_database.h writes those types):
-//   DATETIME -> Date (stored as M/d/yyyy text; a number is a serial; text that does not parse
-//               comes back as text)      BIT -> Boolean (stored -1/0)
+//   DATETIME -> Date (stored as ISO yyyy-mm-dd text, StoredDateText; a number is a serial;
+//               text that does not parse comes back as text)   BIT -> Boolean (stored 1/0)
 //   SINGLE -> Single   SMALLINT -> Integer   INTEGER -> Long   TEXT -> String   NULL -> Null
 // and, without a declared type (max(...)), by storage: whole numbers as Long when they fit
 // (else Double), reals as Double, text as String.
