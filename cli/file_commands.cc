@@ -70,9 +70,9 @@ struct FileAhead {
 
 // Reads one study from `path` into `company`: from `ahead` when the file was read ahead (then
 // `company` is the study mapped ahead, taken from it), else by reading it; standard input
-// ("-") is decoded and split as a file is. Answers "" on success,
-// else why nothing was read. A file whose fields have the other layout is refused before any
-// reference row is added for it.
+// ("-") is decoded and split as a file is. Answers "" on success, else why nothing was read.
+// A file whose fields have the other layout is refused before any reference row is added for
+// it.
 std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, enumDataFile format,
                       Company& company, FileAhead* ahead = nullptr) {
   if (std::string why = ahead ? ahead->not_a_file : NotADataFile(path); !why.empty()) return why;

@@ -613,10 +613,6 @@ bool IsDateColumn(std::string_view name) {
                      [&](std::string_view date) { return EqualsNoCase(date, name); });
 }
 
-bool LiteralParameter(std::string_view literal, std::string_view column, SqlParameter& value) {
-  return LiteralParameter(literal, IsDateColumn(column), value);
-}
-
 bool SingleParameter(float v, SqlParameter& value) {
   if (!std::isfinite(v)) return false;
   value.kind = SqlParameter::Kind::Integer;

@@ -85,12 +85,11 @@ struct ParameterizedSql {
 };
 
 // The parameter a value written into a statement as `literal` (a number's text, a '...' text,
-// True or False) is lifted into when it goes to `column`: the very value ParameterizeJetSql
-// takes out of a statement holding it there (a text going to a date column as its stored date
-// text, the apostrophe U+00FF stands for put back). False, with `value` unspecified, for any
-// other literal, or one holding a NUL byte: such a value is left to the statement's text.
-bool LiteralParameter(std::string_view literal, std::string_view column, SqlParameter& value);
-// The same, told whether the column stores dates (IsDateColumn), for a caller that knows it.
+// True or False) is lifted into when it goes to a column that stores dates (`date_column`,
+// IsDateColumn of its name) or not: the very value ParameterizeJetSql takes out of a statement
+// holding it there (a text going to a date column as its stored date text, the apostrophe
+// U+00FF stands for put back). False, with `value` unspecified, for any other literal, or one
+// holding a NUL byte: such a value is left to the statement's text.
 bool LiteralParameter(std::string_view literal, bool date_column, SqlParameter& value);
 // True when a column of that name stores dates in the declared tables (names compared without
 // regard to case, as the engine compares them).
