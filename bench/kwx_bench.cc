@@ -279,7 +279,7 @@ class Bench {
                 "queries\n",
                 side.count(), saves_[0]->size(), loads_[0]->size());
     std::printf("raw side: the same rows by prepared inserts, journal_mode=WAL, "
-                "synchronous=FULL, foreign_keys=ON, temp_store=MEMORY, a 16 MB page cache; a "
+                "synchronous=FULL, foreign_keys=ON, temp_store=MEMORY, a 2 MB page cache; a "
                 "savepoint per study, %d studies per durable commit when batched\n\n",
                 kBatch);
   }

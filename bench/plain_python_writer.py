@@ -36,7 +36,7 @@ def main(source, company_id, target, count):
 
     db = sqlite3.connect(target, isolation_level=None)
     for pragma in ("journal_mode = WAL", "synchronous = FULL", "foreign_keys = ON",
-                   "temp_store = MEMORY", "cache_size = -16384"):
+                   "temp_store = MEMORY", "cache_size = -2048"):
         db.execute(f"pragma {pragma}")
     company_columns, _, company_rows = tables.pop("Company")
     symbol = company_columns.index("strSymbol")

@@ -176,7 +176,7 @@ int64_t RowWriter::Save(sqlite3* db, std::string_view symbol, bool own_transacti
 void ApplyRawSettings(sqlite3* db) {
   for (const char* sql : {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL",
                           "PRAGMA foreign_keys = ON", "PRAGMA temp_store = MEMORY",
-                          "PRAGMA cache_size = -16384"}) {
+                          "PRAGMA cache_size = -2048"}) {
     sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
   }
   sqlite3_busy_timeout(db, 5000);

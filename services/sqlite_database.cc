@@ -46,9 +46,11 @@ constexpr const char* kSavepoint = "SAVEPOINT kwx_trans";
 constexpr const char* kRelease = "RELEASE SAVEPOINT kwx_trans";
 constexpr const char* kRollback = "ROLLBACK TO SAVEPOINT kwx_trans; RELEASE SAVEPOINT kwx_trans";
 
-// 16 MB of page cache a connection: a bulk import's batch of 50 studies and the index pages
-// it walks fit, and memory stays bounded however many files an import reads.
-constexpr const char* kCacheSize = "PRAGMA cache_size = -16384";
+// 2 MB of page cache a connection: what a study's save and load touch (the rightmost pages of
+// each table and index, and the inner pages above them) fits. A larger cache only fills with
+// pages of studies committed already, each new page of memory costing a page fault: with
+// 16 MB a bulk import of 1,000 files took 0.80 s instead of 0.74 s.
+constexpr const char* kCacheSize = "PRAGMA cache_size = -2048";
 
 struct StatementFinalizer {
   void operator()(sqlite3_stmt* stmt) const noexcept { sqlite3_finalize(stmt); }
@@ -223,7 +225,7 @@ bool SqliteDatabase::blnOpenDatabase(std::string& path) {
   // Speed without giving up safety. A study saved inside a batch is a savepoint, whose
   // statement journal SQLite keeps in a temporary file by default: one small write per
   // statement. In memory it costs nothing, and it only serves undoing the level, never
-  // durability. The page cache holds what a batch of studies touches.
+  // durability. The page cache stays small (kCacheSize).
   sqlite3_exec(db.get(), "PRAGMA temp_store = MEMORY", nullptr, nullptr, nullptr);
   sqlite3_exec(db.get(), kCacheSize, nullptr, nullptr, nullptr);
   if (!UpgradeSchema(db.get(), upgrade_allowed_, last_error_)) return false;
