@@ -120,8 +120,10 @@ struct ReadArgs {
 std::optional<std::string> ImportOne(Context& ctx, kwxLoader& loader, StudyIndex* saved,
                                      const std::string& file, enumDataFile format,
                                      const ImportArgs& args, FileAhead* ahead) {
-  // A study mapped ahead is taken as it is, not made afresh only to be replaced.
-  Company company = ahead != nullptr ? std::move(ahead->study) : Company();
+  // A study mapped ahead is saved where it lies (it goes back to the reading thread to be
+  // freed), not made afresh only to be replaced.
+  std::optional<Company> own;
+  Company& company = ahead != nullptr ? ahead->study : own.emplace();
   if (std::string why = ReadStudy(ctx, loader, file, format, company, ahead); !why.empty()) {
     *ctx.err << "kwx: " << why << "\n";
     return std::nullopt;
@@ -256,9 +258,9 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
         {
           ErrTo to_notes(ctx, notes);
           try {
-            FileAhead file = ahead ? ahead->Take(i) : FileAhead();
+            std::unique_ptr<FileAhead> file = ahead ? ahead->Take(i) : nullptr;
             line = ImportOne(ctx, loader, index ? &*index : nullptr, im->files[i], formats[i],
-                             *im, ahead && im->files[i] != kStandardInput ? &file : nullptr);
+                             *im, im->files[i] != kStandardInput ? file.get() : nullptr);
             if (ahead) ahead->Discard(std::move(file));
           } catch (const std::exception& e) {
             notes << "kwx: '" << im->files[i] << "' not imported: " << ctx.Reason(e.what()) << "\n";

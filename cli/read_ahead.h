@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -37,29 +38,31 @@ class ReadAhead {
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
 
-  // The result for `index`; the results before it that were not taken are dropped. A Result
-  // made by default for an index taken already or out of range.
-  Result Take(size_t index) {
+  // The result for `index`; the results before it that were not taken are dropped (and freed
+  // by the reading thread). Null for an index taken already or out of range. Results travel
+  // as pointers: a study read ahead is large, and moving it costs the saving thread.
+  std::unique_ptr<Result> Take(size_t index) {
     std::unique_lock<std::mutex> hold(lock_);
-    if (index < taken_ || index >= count_) return Result();
-    Result result;
-    while (taken_ <= index) {
+    if (index < taken_ || index >= count_) return nullptr;
+    while (true) {
       if (ready_.empty()) {
         taker_waits_ = true;
         arrived_.wait(hold, [&] { return !ready_.empty(); });
         taker_waits_ = false;
       }
-      result = std::move(ready_.front());  // those before `index` are dropped
+      std::unique_ptr<Result> result = std::move(ready_.front());
       ready_.pop_front();
       ++taken_;
       if (reader_waits_ && ready_.size() <= depth_ / 2) room_.notify_one();
+      if (taken_ > index) return result;
+      spent_.push_back(std::move(result));
     }
-    return result;
   }
 
   // Hands a result back to be destroyed on the reading thread, so that the caller's thread
   // does not spend its time freeing what the reading thread allocated.
-  void Discard(Result result) {
+  void Discard(std::unique_ptr<Result> result) {
+    if (result == nullptr) return;
     const std::lock_guard<std::mutex> hold(lock_);
     spent_.push_back(std::move(result));
   }
@@ -67,7 +70,7 @@ class ReadAhead {
  private:
   void Work() {
     for (size_t index = 0; index < count_; ++index) {
-      std::vector<Result> spent;
+      std::vector<std::unique_ptr<Result>> spent;
       {
         // Once full, the reader sleeps until half the results are taken and then reads on in
         // a burst: one wake-up per half a queue, not one per file.
@@ -81,11 +84,11 @@ class ReadAhead {
         if (stop_) return;
       }
       spent.clear();
-      Result result;
+      std::unique_ptr<Result> result;
       try {
-        result = read_(index);
+        result = std::make_unique<Result>(read_(index));
       } catch (...) {
-        result = Result();
+        result = std::make_unique<Result>();
       }
       bool wake = false;
       {
@@ -103,8 +106,8 @@ class ReadAhead {
   std::mutex lock_;
   std::condition_variable room_;     // the reader waits for room in the queue
   std::condition_variable arrived_;  // Take waits for a result
-  std::deque<Result> ready_;
-  std::vector<Result> spent_;  // handed back by Discard, destroyed by the reader
+  std::deque<std::unique_ptr<Result>> ready_;
+  std::vector<std::unique_ptr<Result>> spent_;  // handed back or skipped, destroyed by the reader
   size_t taken_ = 0;
   bool stop_ = false;
   bool reader_waits_ = false;
