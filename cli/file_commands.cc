@@ -62,10 +62,11 @@ enumDataFile FormatOf(const std::string& path, const std::string& forced) {
 
 // A data file read, split and mapped ahead of its save, on the reading thread.
 struct FileAhead {
-  std::string not_a_file;  // NotADataFile of the path
-  Variant fields;          // Empty for a file that could not be read
-  Company study;           // the fields mapped onto a fresh study (kwxLoader::MapFields)
-  bool mapped = false;     // MapFields' answer
+  std::string not_a_file;   // NotADataFile of the path
+  Variant fields;           // Empty for a file that could not be read
+  Company study;            // the fields mapped onto a fresh study (kwxLoader::MapFields)
+  bool has_layout = false;  // FieldsHaveLayout of the fields and the file's format
+  bool mapped = false;      // MapFields' answer, when they have it
 };
 
 // Reads one study from `path` into `company`: from `ahead` when the file was read ahead (then
@@ -81,7 +82,8 @@ std::string ReadStudy(Context& ctx, kwxLoader& loader, const std::string& path, 
     const std::string bytes(std::istreambuf_iterator<char>(*ctx.in), {});
     status = ReadStudyText(loader, StreamTextOfDataFile(bytes), format, "'" + path + "'", company);
   } else if (ahead != nullptr) {
-    status = ReadMappedStudyFields(loader, ahead->fields, path, format, company, ahead->mapped);
+    status = ReadMappedStudyFields(loader, ahead->fields, path, format, company,
+                                   ahead->has_layout, ahead->mapped);
   } else {
     status = ReadStudyFile(loader, path, format, company);
   }
@@ -209,7 +211,8 @@ void AddFileCommands(CLI::App& app, Context& ctx) {
           file.not_a_file = NotADataFile(im->files[i]);
           std::string name = im->files[i];
           file.fields = reader->vntImportB(name);
-          if (file.fields.IsArray() && FieldsHaveLayout(file.fields, formats[i])) {
+          file.has_layout = file.fields.IsArray() && FieldsHaveLayout(file.fields, formats[i]);
+          if (file.has_layout) {
             file.mapped = kwxLoader::MapFields(file.fields, file.study, formats[i], platform);
           }
           return file;

@@ -49,11 +49,13 @@ bool ClearSeriesRows(IDatabase& db, int32_t company_id) {
   return true;
 }
 
-// `fields` refused unless of `format`; else the loader's word on `read`, which maps them.
+// `fields` refused unless of `format` (`has_layout`, when the caller checked that already);
+// else the loader's word on `read`, which maps them.
 template <class Read>
 ImportStatus ReadChecked(kwxLoader& loader, const Variant& fields, enumDataFile format,
-                         const std::string& name, Company& company, Read read) {
-  if (fields.IsArray() && !FieldsHaveLayout(fields, format)) {
+                         const std::string& name, Company& company, Read read,
+                         std::optional<bool> has_layout = std::nullopt) {
+  if (fields.IsArray() && !has_layout.value_or(FieldsHaveLayout(fields, format))) {
     return {ImportProblem::kNotThatLayout,
             name + " does not have the " + std::string(LayoutName(format)) + " layout"};
   }
@@ -98,10 +100,10 @@ ImportStatus ReadStudyFields(kwxLoader& loader, const Variant& fields, const std
 
 ImportStatus ReadMappedStudyFields(kwxLoader& loader, const Variant& fields,
                                    const std::string& path, enumDataFile format, Company& company,
-                                   bool mapped) {
-  return ReadChecked(loader, fields, format, "'" + path + "'", company, [&] {
-    loader.MappedFields_Get(fields, path, company, format, mapped);
-  });
+                                   bool has_layout, bool mapped) {
+  return ReadChecked(
+      loader, fields, format, "'" + path + "'", company,
+      [&] { loader.MappedFields_Get(fields, path, company, format, mapped); }, has_layout);
 }
 
 ImportStatus ReadStudyText(kwxLoader& loader, const std::string& text, enumDataFile format,

@@ -30,10 +30,11 @@ ImportStatus ReadStudyFile(kwxLoader& loader, const std::string& path, enumDataF
 ImportStatus ReadStudyFields(kwxLoader& loader, const Variant& fields, const std::string& path,
                              enumDataFile format, Company& company);
 // The same for fields kwxLoader::MapFields mapped onto `company` beforehand, on another
-// thread (`mapped` its answer).
+// thread: `has_layout` is FieldsHaveLayout(fields, format) found there, `mapped` MapFields'
+// answer.
 ImportStatus ReadMappedStudyFields(kwxLoader& loader, const Variant& fields,
                                    const std::string& path, enumDataFile format, Company& company,
-                                   bool mapped);
+                                   bool has_layout, bool mapped);
 // The same for a data file's text held in memory (StreamTextOfDataFile of its bytes), which
 // messages call `name`.
 ImportStatus ReadStudyText(kwxLoader& loader, const std::string& text, enumDataFile format,

@@ -189,6 +189,8 @@ TEST(FileCommands, ImportReadAndExport) {
       {"import", "--format", "kwx", dir.File("out.ssg")},
       {"import", ssg_as_kwx},
       {"import", "--format", "ssg", kwx_out},
+      // Several files are read ahead on a thread of their own and checked there.
+      {"import", "--format", "kwx", ssg_as_kwx, dir.File("out.ssg")},
       {"read", "--format", "kwx", dir.File("out.ssg")},
   };
   for (const auto& args : wrong) {
