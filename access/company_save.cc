@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <memory>
@@ -39,19 +40,25 @@ template <class Rec>
 using Columns = std::vector<const FieldBinding<Rec>*>;
 
 // The columns of `Rec` the platform writes, in update order or (`insert_order`) by their
-// insert positions.
+// insert positions. The four lists are made once.
 template <class Rec>
-Columns<Rec> ColumnsOf(bool sp, bool insert_order = false) {
-  Columns<Rec> columns;
-  for (const auto& binding : Rec::Bindings()) {
-    if (UsedOn(binding.column.platform, sp)) columns.push_back(&binding);
-  }
-  if (insert_order) {
-    std::stable_sort(columns.begin(), columns.end(), [](const auto* a, const auto* b) {
-      return a->column.insert_position < b->column.insert_position;
-    });
-  }
-  return columns;
+const Columns<Rec>& ColumnsOf(bool sp, bool insert_order = false) {
+  static const std::array<Columns<Rec>, 4> lists = [] {
+    std::array<Columns<Rec>, 4> made;
+    for (size_t k = 0; k < made.size(); ++k) {
+      const bool on_sp = (k & 1) != 0;
+      for (const auto& binding : Rec::Bindings()) {
+        if (UsedOn(binding.column.platform, on_sp)) made[k].push_back(&binding);
+      }
+      if ((k & 2) != 0) {
+        std::stable_sort(made[k].begin(), made[k].end(), [](const auto* a, const auto* b) {
+          return a->column.insert_position < b->column.insert_position;
+        });
+      }
+    }
+    return made;
+  }();
+  return lists[(sp ? 1 : 0) + (insert_order ? 2 : 0)];
 }
 
 // A member appended by the rule of its column type straight from its C++ type, without a
@@ -151,6 +158,11 @@ class TemplateText {
 
   // The statement with its values still to write.
   ComposedStatement Made() const {
+    return ComposedStatement{Template(), std::vector<std::string>(made_.columns.size()), {}};
+  }
+
+  // The template this text spells, made once for the program's life.
+  const StatementTemplate* Template() const {
     static std::mutex lock;
     static std::unordered_map<std::string, std::unique_ptr<const StatementTemplate>> made;
     std::string key;
@@ -159,11 +171,33 @@ class TemplateText {
     const std::lock_guard<std::mutex> hold(lock);
     auto& kept = made[key];
     if (!kept) kept = std::make_unique<const StatementTemplate>(made_);
-    return ComposedStatement{kept.get(), std::vector<std::string>(made_.columns.size()), {}};
+    return kept.get();
   }
 
  private:
   StatementTemplate made_;
+};
+
+// The template a call site writes, kept per platform (whose column lists differ): the text is
+// written on the site's first save only, and later saves take the template made then. Every
+// other input of the text must be the same on each call of the site.
+class SiteTemplate {
+ public:
+  // The statement of `write()`, a TemplateText, with its values still to write.
+  template <class Write>
+  ComposedStatement Made(bool sp, Write write) {
+    std::atomic<const StatementTemplate*>& kept = kept_[sp ? 1 : 0];
+    const StatementTemplate* made = kept.load(std::memory_order_acquire);
+    if (made == nullptr) {
+      // Two saves racing here make the same template (TemplateText::Template).
+      made = write().Template();
+      kept.store(made, std::memory_order_release);
+    }
+    return ComposedStatement{made, std::vector<std::string>(made->columns.size()), {}};
+  }
+
+ private:
+  std::array<std::atomic<const StatementTemplate*>, 2> kept_{};
 };
 
 // Writes the values of `rec`'s columns, each by `value(out, rec, binding)`, into the values of
@@ -261,19 +295,24 @@ bool SaveOptions(const StoreContext& store, IDatabase& db, const Company& compan
     const OptionsGroup& options = company.Options;
     const std::string_view table = OptionsGroup::Table().name;
     const std::string id = std::to_string(company.CompanyID);
-    const Columns<OptionsGroup> columns = ColumnsOf<OptionsGroup>(store.sp());
-    TemplateText update_text("Update ");
-    update_text << table << "   set ";
-    update_text.Assignments(columns, "=") << " where " << CompanyKey() << " = ";
-    update = update_text.Value(CompanyKey()).Made();
+    const Columns<OptionsGroup>& columns = ColumnsOf<OptionsGroup>(store.sp());
+    static SiteTemplate update_site, insert_site;
+    update = update_site.Made(store.sp(), [&] {
+      TemplateText text("Update ");
+      text << table << "   set ";
+      text.Assignments(columns, "=") << " where " << CompanyKey() << " = ";
+      return text.Value(CompanyKey());
+    });
     WriteValues(update, 0, options, columns, AppendPlainValue<OptionsGroup>);
     update.literals.back() = id;
-    const Columns<OptionsGroup> insert_columns = ColumnsOf<OptionsGroup>(store.sp(), true);
-    TemplateText insert_text("insert into ");
-    insert_text << table << " (" << CompanyKey() << ",";
-    insert_text.Names(insert_columns, ",") << ") select ";
-    insert_text.Value(CompanyKey()) << ",";
-    insert = insert_text.Values(insert_columns).Made();
+    const Columns<OptionsGroup>& insert_columns = ColumnsOf<OptionsGroup>(store.sp(), true);
+    insert = insert_site.Made(store.sp(), [&] {
+      TemplateText text("insert into ");
+      text << table << " (" << CompanyKey() << ",";
+      text.Names(insert_columns, ",") << ") select ";
+      text.Value(CompanyKey()) << ",";
+      return text.Values(insert_columns);
+    });
     insert.literals.front() = id;
     WriteValues(insert, 1, options, insert_columns, AppendPlainValue<OptionsGroup>);
   } catch (...) {
@@ -289,19 +328,24 @@ bool SaveRecord(const StoreContext& store, IDatabase& db, Company& company,
   try {
     const int32_t id = company.CompanyID;
     const std::string_view table = Company::Table().name;
-    const Columns<Company> columns = ColumnsOf<Company>(store.sp(), /*insert_order=*/id < 1);
+    const Columns<Company>& columns = ColumnsOf<Company>(store.sp(), /*insert_order=*/id < 1);
     ComposedStatement record;
+    static SiteTemplate update_site, insert_site;
     if (id >= 1) {
-      TemplateText text("Update ");
-      text << table << " set ";
-      text.Assignments(columns, "=") << " where " << CompanyKey() << " = ";
-      record = text.Value(CompanyKey()).Made();
+      record = update_site.Made(store.sp(), [&] {
+        TemplateText text("Update ");
+        text << table << " set ";
+        text.Assignments(columns, "=") << " where " << CompanyKey() << " = ";
+        return text.Value(CompanyKey());
+      });
       record.literals.back() = std::to_string(id);
     } else {
-      TemplateText text("insert into ");
-      text << table << " (";
-      text.Names(columns, ",") << ") select ";
-      record = text.Values(columns).Made();
+      record = insert_site.Made(store.sp(), [&] {
+        TemplateText text("insert into ");
+        text << table << " (";
+        text.Names(columns, ",") << ") select ";
+        return text.Values(columns);
+      });
     }
     WriteValues(record, 0, company, columns, ids);
     if (!Ran(db, record)) return false;
@@ -357,18 +401,29 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
       if (!least.IsNull()) first_key = CDbl(least);
     }
 
-    const Columns<Row> columns = ColumnsOf<Row>(store.sp());
+    const Columns<Row>& columns = ColumnsOf<Row>(store.sp());
     // Every insert starts alike: the table, the column list and the company's ID.
-    TemplateText insert_text("insert into ");
-    insert_text << table.name << " (" << CompanyKey() << ",";
-    insert_text.Names(columns, ",") << ") select ";
-    insert_text.Value(CompanyKey()) << ",";
-    ComposedStatement insert = insert_text.Values(columns).Made();
+    static SiteTemplate insert_site;
+    ComposedStatement insert = insert_site.Made(store.sp(), [&] {
+      TemplateText text("insert into ");
+      text << table.name << " (" << CompanyKey() << ",";
+      text.Names(columns, ",") << ") select ";
+      text.Value(CompanyKey()) << ",";
+      return text.Values(columns);
+    });
     insert.literals.front() = id;
-    TemplateText update_text("Update ");
-    update_text << table.name << " set ";
-    update_text.Assignments(columns, equals) << " where " << table.key << " = ";
-    ComposedStatement update = update_text.Value(table.key).Made();
+    // The updates' text also depends on how the series writes its pairs.
+    static SiteTemplate update_site, spaced_update_site;
+    auto update_text = [&] {
+      TemplateText text("Update ");
+      text << table.name << " set ";
+      text.Assignments(columns, equals) << " where " << table.key << " = ";
+      return text.Value(table.key);
+    };
+    ComposedStatement update =
+        equals == "="     ? update_site.Made(store.sp(), update_text)
+        : equals == " = " ? spaced_update_site.Made(store.sp(), update_text)
+                          : update_text().Made();
     Row row;
     for (size_t i = 0; i < count; ++i) {
       row = i < series.size() ? series[i] : Row{};
@@ -398,19 +453,24 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
 template <class Group>
 bool SaveGroup(IDatabase& db, const Group& group, const std::string& id, bool sp) {
   const std::string_view table = Group::Table().name;
-  const Columns<Group> columns = ColumnsOf<Group>(sp);
-  TemplateText update_text("Update ");
-  update_text << table << " set ";
-  update_text.Assignments(columns, "=") << " Where " << CompanyKey() << " = ";
-  ComposedStatement update = update_text.Value(CompanyKey()).Made();
+  const Columns<Group>& columns = ColumnsOf<Group>(sp);
+  static SiteTemplate update_site, insert_site;
+  ComposedStatement update = update_site.Made(sp, [&] {
+    TemplateText text("Update ");
+    text << table << " set ";
+    text.Assignments(columns, "=") << " Where " << CompanyKey() << " = ";
+    return text.Value(CompanyKey());
+  });
   WriteValues(update, 0, group, columns, AppendPlainValue<Group>);
   update.literals.back() = id;
   if (Wrote(db, update)) return true;
-  TemplateText insert_text("Insert into ");
-  insert_text << table << " (" << CompanyKey() << ",";
-  insert_text.Names(columns, ",") << ") Select ";
-  insert_text.Value(CompanyKey()) << ",";
-  ComposedStatement insert = insert_text.Values(columns).Made();
+  ComposedStatement insert = insert_site.Made(sp, [&] {
+    TemplateText text("Insert into ");
+    text << table << " (" << CompanyKey() << ",";
+    text.Names(columns, ",") << ") Select ";
+    text.Value(CompanyKey()) << ",";
+    return text.Values(columns);
+  });
   insert.literals.front() = id;
   WriteValues(insert, 1, group, columns, AppendPlainValue<Group>);
   return Wrote(db, insert);
@@ -439,7 +499,7 @@ void SaveMarketAverages(const StoreContext& store, const Company& company) {
     IDatabase& db = store.database();
     const MarketAverages& averages = company.DJAverages;
     const std::string_view table = MarketAverages::Table().name;
-    const Columns<MarketAverages> columns = ColumnsOf<MarketAverages>(store.sp());
+    const Columns<MarketAverages>& columns = ColumnsOf<MarketAverages>(store.sp());
     // Column 0 is the day; the averages follow it.
     const FieldBinding<MarketAverages>& day = *columns.front();
     const std::string date = PlainValue(averages, day);
@@ -453,10 +513,13 @@ void SaveMarketAverages(const StoreContext& store, const Company& company) {
     update.append(" Where datediff(").append(SqlText(Variant("d"))).append(",");
     update.append(day.column.name).append(",").append(date).append(") = 0");
     if (Wrote(db, update)) return;
-    TemplateText insert_text("insert into ");
-    insert_text << table << " (";
-    insert_text.Names(columns, ", ") << ") select ";
-    ComposedStatement insert = insert_text.Values(columns).Made();
+    static SiteTemplate insert_site;
+    ComposedStatement insert = insert_site.Made(store.sp(), [&] {
+      TemplateText text("insert into ");
+      text << table << " (";
+      text.Names(columns, ", ") << ") select ";
+      return text.Values(columns);
+    });
     WriteValues(insert, 0, averages, columns, AppendPlainValue<MarketAverages>);
     Wrote(db, insert);
   } catch (...) {
