@@ -44,7 +44,7 @@ constexpr const char* kRollbackAll = "ROLLBACK";
 // innermost level, which is exactly the nesting the loader needs.
 constexpr const char* kSavepoint = "SAVEPOINT kwx_trans";
 constexpr const char* kRelease = "RELEASE SAVEPOINT kwx_trans";
-constexpr const char* kRollback = "ROLLBACK TO SAVEPOINT kwx_trans; RELEASE SAVEPOINT kwx_trans";
+constexpr const char* kRollbackTo = "ROLLBACK TO SAVEPOINT kwx_trans";
 
 // 2 MB of page cache a connection: what a study's save and load touch (the rightmost pages of
 // each table and index, and the inner pages above them) fits. A larger cache only fills with
@@ -196,6 +196,11 @@ void SqliteDatabase::Close() noexcept {
     sqlite3_finalize(query);
     query = nullptr;
   }
+  for (auto& [sql, stmt] : control_) {
+    sqlite3_finalize(stmt);
+    sql = nullptr;
+    stmt = nullptr;
+  }
   db_.reset();
   depth_ = 0;
   free_series_key_.reset();
@@ -203,7 +208,31 @@ void SqliteDatabase::Close() noexcept {
 }
 
 bool SqliteDatabase::RunInternal(const char* sql) noexcept {
-  return db_ && sqlite3_exec(db_.get(), sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+  if (!db_) return false;
+  // Every save begins and ends a level: each of these statements is compiled once per
+  // connection, found again by its constant, instead of being parsed on every run.
+  auto kept = std::find_if(control_.begin(), control_.end(), [sql](const auto& control) {
+    return control.first == sql || control.first == nullptr;
+  });
+  if (kept == control_.end()) {
+    return sqlite3_exec(db_.get(), sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+  }
+  if (kept->first == nullptr) {
+    if (sqlite3_prepare_v3(db_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &kept->second,
+                           nullptr) != SQLITE_OK) {
+      return false;
+    }
+    kept->first = sql;
+  }
+  const int rc = sqlite3_step(kept->second);
+  // The error stays the connection's for the caller to read.
+  sqlite3_reset(kept->second);
+  return rc == SQLITE_DONE;
+}
+
+bool SqliteDatabase::RollbackLevel() noexcept {
+  // Ended only once undone: a level released without that would keep its changes.
+  return RunInternal(kRollbackTo) && RunInternal(kRelease);
 }
 
 bool SqliteDatabase::blnOpenDatabase(std::string& path) {
@@ -497,7 +526,11 @@ void SqliteDatabase::CommitTrans() {
   std::string message = std::string("CommitTrans failed: ") + sqlite3_errmsg(db_.get());
   last_error_ = message;
   NoteLockFailure();
-  RunInternal(outermost ? kRollbackAll : kRollback);
+  if (outermost) {
+    RunInternal(kRollbackAll);
+  } else {
+    RollbackLevel();
+  }
   --depth_;
   throw AutomationError(err::kInvalidCall, std::move(message));
 }
@@ -511,7 +544,7 @@ void SqliteDatabase::RollbackTrans() {
     depth_ = 0;
     return;
   }
-  const bool ok = RunInternal(depth_ == 1 ? kRollbackAll : kRollback);
+  const bool ok = depth_ == 1 ? RunInternal(kRollbackAll) : RollbackLevel();
   --depth_;
   if (!ok) {
     throw AutomationError(err::kInvalidCall,

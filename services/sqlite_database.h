@@ -3,6 +3,7 @@
 #ifndef KWX_SERVICES_SQLITE_DATABASE_H_
 #define KWX_SERVICES_SQLITE_DATABASE_H_
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "automation/services.h"
@@ -125,7 +127,10 @@ class SqliteDatabase final : public DatabaseEngine {
   };
 
   void Close() noexcept;
+  // Runs one of the transaction control statements (constants of this file).
   bool RunInternal(const char* sql) noexcept;
+  // Undoes the innermost savepoint level and ends it.
+  bool RollbackLevel() noexcept;
   // Records a failure of the last engine call that was another program's lock.
   void NoteLockFailure() noexcept;
   bool ExecuteOne(const std::string& sql, Variant& fields, Variant& data);
@@ -173,6 +178,8 @@ class SqliteDatabase final : public DatabaseEngine {
   std::vector<SqlParameter> composed_values_;
   // Per series table, the compiled query of the highest key of a study's block.
   std::vector<sqlite3_stmt*> highest_key_;
+  // The transaction control statements compiled so far, by their text's constant.
+  std::array<std::pair<const char*, sqlite3_stmt*>, 6> control_{};
   // The key the loader's insert of a row of series `table` for the study `company` takes.
   std::optional<int64_t> NewSeriesKey(int table, const SqlParameter& company,
                                       const std::optional<FreeSeriesKey>& free);

@@ -55,7 +55,7 @@ template <class Read>
 ImportStatus ReadChecked(kwxLoader& loader, const Variant& fields, enumDataFile format,
                          const std::string& name, Company& company, Read read,
                          std::optional<bool> has_layout = std::nullopt) {
-  if (fields.IsArray() && !has_layout.value_or(FieldsHaveLayout(fields, format))) {
+  if (fields.IsArray() && !(has_layout ? *has_layout : FieldsHaveLayout(fields, format))) {
     return {ImportProblem::kNotThatLayout,
             name + " does not have the " + std::string(LayoutName(format)) + " layout"};
   }
