@@ -708,16 +708,26 @@ class Bench {
   }
 
   void Memory() {
-    const auto small = Import(sizes_.import_small);
+    // The smaller import and the Python program run in turns, the best of each counting as
+    // the save sides' figures do; the peak is the highest seen.
+    std::pair<long, double> small{0, 1e9};
+    for (int r = 0; r < sizes_.repeats; ++r) {
+      const auto run = Import(sizes_.import_small);
+      small = {std::max(small.first, run.first), std::min(small.second, run.second)};
+      // Without python3 it is not tried again.
+      if (!pg_ && (r == 0 || python_rate_ > 0)) {
+        python_rate_ = std::max(python_rate_, PythonRate(sizes_.import_small));
+      }
+    }
     const auto large = Import(sizes_.import_large);
-    std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s, %.0f files/s)\n",
+    std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s, %.0f files/s, best of "
+                "%d)\n",
                 sizes_.import_small, small.first / 1024.0, small.second,
-                sizes_.import_small / small.second);
+                sizes_.import_small / small.second, sizes_.repeats);
     import_rate_ = sizes_.import_small / small.second;
     std::printf("memory kwx import %6d files: peak %7.1f MB  (%.1f s)\n", sizes_.import_large,
                 large.first / 1024.0, large.second);
     if (pg_) return;  // the plain Python program writes SQLite files only
-    python_rate_ = PythonRate(sizes_.import_small);
     if (python_rate_ > 0) {
       std::printf("python plain sqlite3 program    %6d studies: %7.0f studies/s  (the same rows "
                   "by executemany, block keys, a savepoint per study, 50 per commit)\n",
