@@ -1,5 +1,7 @@
 #include "automation/conversions.h"
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cmath>
@@ -239,18 +241,26 @@ Digits SignificantDigits(T v, int precision) {
 // `n` (seven digits) times 10^(e - 6).
 bool SevenDigits(float v, uint32_t& n, int& e) {
   static constexpr double kDecades[] = {1e-4, 1e-3, 1e-2, 1e-1, 1e0, 1e1, 1e2,
-                                        1e3,  1e4,  1e5,  1e6};
+                                        1e3,  1e4,  1e5,  1e6,  1e7};
   static constexpr double kScales[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
                                        1e6, 1e7, 1e8, 1e9, 1e10};
   const double magnitude = std::fabs(static_cast<double>(v));
   if (!(magnitude >= kDecades[0] && magnitude < 1e7)) return false;
-  e = 6;
-  while (magnitude < kDecades[e + 4]) --e;
+  // The decimal exponent from the binary one: magnitude is at least 2^(b - 1), so its
+  // exponent is floor((b - 1) log10 2) (1233 / 4096 is log10 2 closely enough for these
+  // magnitudes) or one more. Saves a loop whose length the values decide.
+  // b as frexp gives it, read from the (normal) double's exponent bits.
+  const int b = static_cast<int>((std::bit_cast<uint64_t>(magnitude) >> 52) & 0x7FF) - 1022;
+  e = std::max(-4, ((b - 1) * 1233) >> 12);
+  if (magnitude >= kDecades[e + 5]) ++e;
   const double scaled = magnitude * kScales[6 - e];
   const double whole = std::floor(scaled);
   const double fraction = scaled - whole;
   n = static_cast<uint32_t>(whole);
-  if (fraction > 0.5 || (fraction == 0.5 && n % 2 != 0)) ++n;
+  // Without branches: the fraction is as good as random, and a mispredicted branch here cost
+  // more than the rest of the function.
+  n += static_cast<uint32_t>(fraction > 0.5) |
+       (static_cast<uint32_t>(fraction == 0.5) & (n & 1U));
   if (n == 10'000'000) {
     n = 1'000'000;
     ++e;
@@ -531,6 +541,8 @@ Variant ConvertTo(const Variant& v, VarType to) {
 }
 
 std::string NumberText(float v) { return NumberTextOf(v, 7, true); }
+
+bool SingleSevenDigits(float v, uint32_t& n, int& e) { return SevenDigits(v, n, e); }
 
 SingleDecimal SingleDecimalOf(float v) {
   SingleDecimal out;

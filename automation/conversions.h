@@ -65,6 +65,9 @@ struct SingleDecimal {
   bool plain = true;
 };
 SingleDecimal SingleDecimalOf(float v);
+// The seven digits NumberText(v) rounds a Single to: |v| is `n` times 10^(e - 6), `n` of seven
+// digits (trailing zeros kept). False below 1E-4 or from 1E7 on (and for 0 and non-finite v).
+bool SingleSevenDigits(float v, uint32_t& n, int& e);
 std::string NumberText(double v);
 
 // Rounds half to even to a whole number (the integer conversions' rounding).

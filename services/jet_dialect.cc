@@ -618,22 +618,27 @@ bool SingleParameter(float v, SqlParameter& value) {
   value.kind = SqlParameter::Kind::Integer;
   value.integer = 0;
   if (v == 0) return true;
-  const SingleDecimal d = SingleDecimalOf(v);
-  // The rare texts with an exponent part go by their text.
-  if (!d.plain) return LiteralParameter(NumberText(v), false, value);
-  static constexpr double kPowers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
-                                       1e6, 1e7, 1e8, 1e9, 1e10, 1e11};
-  if (d.exponent >= 0) {
-    // Digits and zeros, no point: a whole number (below 10^7).
-    value.integer = static_cast<int64_t>(d.significand) * static_cast<int64_t>(kPowers[d.exponent]);
-    if (v < 0) value.integer = -value.integer;
-  } else {
-    // As NumberValue reads "0.00125": one correctly rounded division of exact values.
-    value.kind = SqlParameter::Kind::Real;
-    value.real = static_cast<double>(d.significand) / kPowers[-d.exponent];
-    if (v < 0) value.real = -value.real;
+  static constexpr double kScales[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
+                                       1e6, 1e7, 1e8, 1e9, 1e10};
+  uint32_t n = 0;
+  int e = 0;
+  if (SingleSevenDigits(v, n, e) && e <= 6) {
+    // The usual magnitudes: n / 10^(6 - e) is the decimal's value, one correctly rounded
+    // division of exact values as NumberValue reads the text, trailing zeros or not. It is
+    // whole exactly when the decimal is: a fraction is at least 10^(e - 6) from a whole
+    // number, far more than the spacing of doubles there.
+    const double q = static_cast<double>(n) / kScales[6 - e];
+    if (q == std::trunc(q)) {
+      value.integer = static_cast<int64_t>(q);
+      if (v < 0) value.integer = -value.integer;
+    } else {
+      value.kind = SqlParameter::Kind::Real;
+      value.real = v < 0 ? -q : q;
+    }
+    return true;
   }
-  return true;
+  // Outside those magnitudes the text has an exponent part and goes by its text.
+  return LiteralParameter(NumberText(v), false, value);
 }
 
 bool LiteralParameter(std::string_view literal, bool date_column, SqlParameter& value) {
