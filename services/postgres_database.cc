@@ -1,7 +1,5 @@
 #include "services/postgres_database.h"
 
-#include <libpq-fe.h>
-
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -21,6 +19,7 @@
 #include "common/helpers.h"
 #include "model/schema.h"
 #include "services/jet_dialect.h"
+#include "services/libpq_library_internal.h"
 #include "services/schema_ddl_internal.h"
 #include "services/schema_upgrade_internal.h"
 #include "services/series_keys_internal.h"
@@ -50,8 +49,11 @@ std::string VersionMark() {
   return "kwx schema version " + std::to_string(CurrentSchemaVersion());
 }
 
+// libpq's functions. Every call comes after a connection was made, which loaded them.
+const libpq::Functions& Pq() noexcept { return *libpq::Loaded(); }
+
 struct ResultCloser {
-  void operator()(PGresult* r) const noexcept { PQclear(r); }
+  void operator()(PGresult* r) const noexcept { Pq().PQclear(r); }
 };
 using Result = std::unique_ptr<PGresult, ResultCloser>;
 
@@ -61,27 +63,28 @@ PGconn* Connect(const std::string& uri, std::string& error) {
     error = "not a PostgreSQL URI";
     return nullptr;
   }
+  if (libpq::Load(error) == nullptr) return nullptr;
   // A server that does not answer must not hang the caller: 10 seconds unless told otherwise.
   const bool own_timeout = std::getenv("PGCONNECT_TIMEOUT") == nullptr;
   const char* keys[] = {"connect_timeout", "fallback_application_name", "dbname", nullptr};
   const char* values[] = {"10", "kwx", uri.c_str(), nullptr};
-  PGconn* conn = PQconnectdbParams(own_timeout ? keys : keys + 1,
-                                   own_timeout ? values : values + 1, /*expand_dbname=*/1);
-  if (conn == nullptr || PQstatus(conn) != CONNECTION_OK) {
-    error = conn != nullptr ? Trim(PQerrorMessage(conn)) : "out of memory";
-    PQfinish(conn);
+  PGconn* conn = Pq().PQconnectdbParams(own_timeout ? keys : keys + 1,
+                                        own_timeout ? values : values + 1, /*expand_dbname=*/1);
+  if (conn == nullptr || Pq().PQstatus(conn) != CONNECTION_OK) {
+    error = conn != nullptr ? Trim(Pq().PQerrorMessage(conn)) : "out of memory";
+    Pq().PQfinish(conn);
     return nullptr;
   }
   // Texts travel as UTF-8; a date text the dialect left as written reads month first.
-  if (PQsetClientEncoding(conn, "UTF8") != 0) {
-    error = Trim(PQerrorMessage(conn));
-    PQfinish(conn);
+  if (Pq().PQsetClientEncoding(conn, "UTF8") != 0) {
+    error = Trim(Pq().PQerrorMessage(conn));
+    Pq().PQfinish(conn);
     return nullptr;
   }
-  Result set(PQexec(conn, "SET datestyle = 'ISO, MDY'"));
-  if (PQresultStatus(set.get()) != PGRES_COMMAND_OK) {
-    error = Trim(PQerrorMessage(conn));
-    PQfinish(conn);
+  Result set(Pq().PQexec(conn, "SET datestyle = 'ISO, MDY'"));
+  if (Pq().PQresultStatus(set.get()) != PGRES_COMMAND_OK) {
+    error = Trim(Pq().PQerrorMessage(conn));
+    Pq().PQfinish(conn);
     return nullptr;
   }
   return conn;
@@ -90,39 +93,39 @@ PGconn* Connect(const std::string& uri, std::string& error) {
 // The primary message of a failed result (or of the connection).
 std::string ErrorOf(PGconn* conn, const PGresult* result) {
   const char* primary =
-      result != nullptr ? PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
+      result != nullptr ? Pq().PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
   if (primary != nullptr) return primary;
-  return Trim(PQerrorMessage(conn));
+  return Trim(Pq().PQerrorMessage(conn));
 }
 
 bool Retryable(const PGresult* result) {
-  const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+  const char* state = Pq().PQresultErrorField(result, PG_DIAG_SQLSTATE);
   return state != nullptr && (std::strcmp(state, "40001") == 0 || std::strcmp(state, "40P01") == 0);
 }
 
 // The server refuses to run a prepared query whose result columns changed since.
 bool ResultChanged(const PGresult* result) {
-  const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+  const char* state = Pq().PQresultErrorField(result, PG_DIAG_SQLSTATE);
   return state != nullptr && std::strcmp(state, "0A000") == 0;
 }
 
 bool IsMultipleCommands(const PGresult* result) {
-  const char* primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
+  const char* primary = Pq().PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
   return primary != nullptr && std::strstr(primary, "multiple commands") != nullptr;
 }
 
 // True when the company table exists in the database's search path; `comment` then holds its
 // mark (empty when none).
 std::optional<bool> HasStudyTables(PGconn* conn, std::string& comment, std::string& error) {
-  Result r(PQexec(conn,
-                  "SELECT to_regclass('company') IS NOT NULL, "
-                  "coalesce(obj_description(to_regclass('company'), 'pg_class'), '')"));
-  if (PQresultStatus(r.get()) != PGRES_TUPLES_OK || PQntuples(r.get()) != 1) {
+  Result r(Pq().PQexec(conn,
+                       "SELECT to_regclass('company') IS NOT NULL, "
+                       "coalesce(obj_description(to_regclass('company'), 'pg_class'), '')"));
+  if (Pq().PQresultStatus(r.get()) != PGRES_TUPLES_OK || Pq().PQntuples(r.get()) != 1) {
     error = ErrorOf(conn, r.get());
     return std::nullopt;
   }
-  comment = PQgetvalue(r.get(), 0, 1);
-  return std::strcmp(PQgetvalue(r.get(), 0, 0), "t") == 0;
+  comment = Pq().PQgetvalue(r.get(), 0, 1);
+  return std::strcmp(Pq().PQgetvalue(r.get(), 0, 0), "t") == 0;
 }
 
 // The declared name of every table and column, found by its lower-case form (the server's).
@@ -300,14 +303,14 @@ Status CreatePostgresDatabase(const std::string& uri) {
   std::string error;
   PGconn* conn = Connect(uri, error);
   if (conn == nullptr) return Status::Error("CreateDatabase: " + uri + ": " + error);
-  std::unique_ptr<PGconn, void (*)(PGconn*)> owner(conn, PQfinish);
+  std::unique_ptr<PGconn, void (*)(PGconn*)> owner(conn, Pq().PQfinish);
   std::string comment;
   const std::optional<bool> has = HasStudyTables(conn, comment, error);
   if (!has) return Status::Error("CreateDatabase: " + uri + ": " + error);
   if (*has) return Status::Error("CreateDatabase: " + uri + " " + kAlreadyAStudyDatabase);
   auto run = [&](const std::string& sql) {
-    Result r(PQexec(conn, sql.c_str()));
-    if (PQresultStatus(r.get()) == PGRES_COMMAND_OK) return true;
+    Result r(Pq().PQexec(conn, sql.c_str()));
+    if (Pq().PQresultStatus(r.get()) == PGRES_COMMAND_OK) return true;
     error = sql.substr(0, sql.find('\n')) + ": " + ErrorOf(conn, r.get());
     return false;
   };
@@ -318,7 +321,7 @@ Status CreatePostgresDatabase(const std::string& uri) {
   }
   ok = ok && run("COMMENT ON TABLE company IS '" + VersionMark() + "'") && run("COMMIT");
   if (!ok) {
-    PQclear(PQexec(conn, "ROLLBACK"));
+    Pq().PQclear(Pq().PQexec(conn, "ROLLBACK"));
     return Status::Error("CreateDatabase: " + uri + ": " + error);
   }
   return Status::OK();
@@ -330,7 +333,7 @@ PostgresDatabase::~PostgresDatabase() { Close(); }
 
 void PostgresDatabase::Close() noexcept {
   // Closing ends the session: its prepared statements and an open transaction go with it.
-  PQfinish(conn_);
+  if (conn_ != nullptr) Pq().PQfinish(conn_);
   conn_ = nullptr;
   prepared_.clear();
   tables_.clear();
@@ -349,7 +352,7 @@ bool PostgresDatabase::blnOpenDatabase(std::string& uri) {
   const std::optional<bool> has = HasStudyTables(conn, comment, last_error_);
   if (!has || (*has && comment != VersionMark())) {
     if (has) last_error_ = "the study tables carry '" + comment + "', not '" + VersionMark() + "'";
-    PQfinish(conn);
+    Pq().PQfinish(conn);
     return false;
   }
   conn_ = conn;
@@ -363,17 +366,17 @@ void PostgresDatabase::AddSeriesIndexes() {
   // member whose role may not add an index still opens the database. The schema's indexes are
   // read in one round trip.
   Result found(
-      PQexec(conn_, "SELECT indexname FROM pg_indexes WHERE schemaname = current_schema()"));
-  if (PQresultStatus(found.get()) != PGRES_TUPLES_OK) return;
+      Pq().PQexec(conn_, "SELECT indexname FROM pg_indexes WHERE schemaname = current_schema()"));
+  if (Pq().PQresultStatus(found.get()) != PGRES_TUPLES_OK) return;
   std::vector<std::string> held;
-  for (int row = 0; row < PQntuples(found.get()); ++row) {
-    held.emplace_back(PQgetvalue(found.get(), row, 0));
+  for (int row = 0; row < Pq().PQntuples(found.get()); ++row) {
+    held.emplace_back(Pq().PQgetvalue(found.get(), row, 0));
   }
   for (const TableDef& t : AllTables()) {
     if (t.kind != TableKind::Series) continue;
     const std::string name = SeriesIndexName(t, SqlEngine::kPostgres);
     if (std::find(held.begin(), held.end(), name) != held.end()) continue;
-    Result made(PQexec(conn_, SeriesIndexStatement(t, SqlEngine::kPostgres).c_str()));
+    Result made(Pq().PQexec(conn_, SeriesIndexStatement(t, SqlEngine::kPostgres).c_str()));
   }
 }
 
@@ -381,11 +384,11 @@ bool PostgresDatabase::CloseNCompact(std::string& uri) {
   Close();
   PGconn* conn = Connect(uri, last_error_);
   if (conn == nullptr) return false;
-  Result r(PQexec(conn, "VACUUM"));
-  const bool ok = PQresultStatus(r.get()) == PGRES_COMMAND_OK;
+  Result r(Pq().PQexec(conn, "VACUUM"));
+  const bool ok = Pq().PQresultStatus(r.get()) == PGRES_COMMAND_OK;
   last_error_ = ok ? "" : ErrorOf(conn, r.get());
   r.reset();
-  PQfinish(conn);
+  Pq().PQfinish(conn);
   return ok;
 }
 
@@ -405,18 +408,21 @@ const PostgresDatabase::Table* PostgresDatabase::TableOf(unsigned int oid) {
   auto table = std::make_unique<Table>();
   const std::string id = std::to_string(oid);
   const char* values[] = {id.c_str()};
-  Result r(PQexecParams(conn_,
+  Result r(
+      Pq().PQexecParams(conn_,
                         "SELECT c.relname, a.attnum, a.attname FROM pg_class c JOIN pg_attribute a "
                         "ON a.attrelid = c.oid WHERE c.oid = $1::oid AND a.attnum > 0",
                         1, nullptr, values, nullptr, nullptr, 0));
-  if (PQresultStatus(r.get()) == PGRES_TUPLES_OK) {
+  if (Pq().PQresultStatus(r.get()) == PGRES_TUPLES_OK) {
     const TableDef* def = nullptr;
     for (const TableDef& t : AllTables()) {
-      if (PQntuples(r.get()) > 0 && EqualsNoCase(t.name, PQgetvalue(r.get(), 0, 0))) def = &t;
+      if (Pq().PQntuples(r.get()) > 0 && EqualsNoCase(t.name, Pq().PQgetvalue(r.get(), 0, 0))) {
+        def = &t;
+      }
     }
-    for (int row = 0; row < PQntuples(r.get()); ++row) {
-      const size_t number = static_cast<size_t>(std::atoi(PQgetvalue(r.get(), row, 1)));
-      const std::string_view column = PQgetvalue(r.get(), row, 2);
+    for (int row = 0; row < Pq().PQntuples(r.get()); ++row) {
+      const size_t number = static_cast<size_t>(std::atoi(Pq().PQgetvalue(r.get(), row, 1)));
+      const std::string_view column = Pq().PQgetvalue(r.get(), row, 2);
       if (table->types.size() <= number) {
         table->types.resize(number + 1);
         table->names.resize(number + 1);
@@ -432,8 +438,8 @@ const PostgresDatabase::Table* PostgresDatabase::TableOf(unsigned int oid) {
 }
 
 bool PostgresDatabase::Command(const char* command) {
-  Result r(PQexec(conn_, command));
-  const ExecStatusType status = PQresultStatus(r.get());
+  Result r(Pq().PQexec(conn_, command));
+  const ExecStatusType status = Pq().PQresultStatus(r.get());
   if (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK) return true;
   last_error_ = ErrorOf(conn_, r.get());
   return false;
@@ -448,7 +454,8 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
   if (sql.find(kUnwritableValueMark) != std::string::npos) {
     return Refuse("the statement holds a NUL byte (a value that cannot be written as a literal)");
   }
-  if (depth_ > 0 && PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;  // ended by a statement
+  // A transaction ended by a statement.
+  if (depth_ > 0 && Pq().PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
   const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
   const std::optional<FreeSeriesKey> last_key = std::exchange(last_series_key_, std::nullopt);
 
@@ -483,9 +490,9 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
       // A shape the server refuses runs as its plain translation below, which decides; inside
       // a transaction the refusal must not end the transaction, so it is tried in a savepoint.
       const bool guarded = depth_ > 0 && Command("SAVEPOINT kwx_prepare");
-      Result r(PQprepare(conn_, entry->name.c_str(), text.c_str(), static_cast<int>(types.size()),
-                         types.data()));
-      const bool ok = PQresultStatus(r.get()) == PGRES_COMMAND_OK;
+      Result r(Pq().PQprepare(conn_, entry->name.c_str(), text.c_str(),
+                              static_cast<int>(types.size()), types.data()));
+      const bool ok = Pq().PQresultStatus(r.get()) == PGRES_COMMAND_OK;
       if (!ok && IsMultipleCommands(r.get())) {
         if (guarded) Command("ROLLBACK TO SAVEPOINT kwx_prepare; RELEASE SAVEPOINT kwx_prepare");
         return Refuse(kSecondStatement);
@@ -545,13 +552,15 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
       values.clear();
       for (const std::string& t : texts) values.push_back(t.c_str());
       if (prepared->series.role == SeriesShape::Role::kInsert && !key) values.push_back(nullptr);
-      result.reset(PQexecPrepared(conn_, prepared->name.c_str(), static_cast<int>(values.size()),
-                                  values.data(), nullptr, nullptr, 0));
+      result.reset(Pq().PQexecPrepared(conn_, prepared->name.c_str(),
+                                       static_cast<int>(values.size()), values.data(), nullptr,
+                                       nullptr, 0));
     } else {
       const std::string text = lifted.lifted ? TranslateJetSql(sql) : lifted.shape;
-      result.reset(PQexecParams(conn_, text.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
+      result.reset(
+          Pq().PQexecParams(conn_, text.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
     }
-    const ExecStatusType status = PQresultStatus(result.get());
+    const ExecStatusType status = Pq().PQresultStatus(result.get());
     const bool ok = status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK;
     if (own_transaction) {
       if (ok && Command("COMMIT")) break;
@@ -582,8 +591,8 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
   }
 
   PGresult* r = result.get();
-  if (PQresultStatus(r) == PGRES_COMMAND_OK) {
-    const char* changed = PQcmdTuples(r);
+  if (Pq().PQresultStatus(r) == PGRES_COMMAND_OK) {
+    const char* changed = Pq().PQcmdTuples(r);
     row_count_ = *changed == '\0' ? 0 : static_cast<int32_t>(std::atol(changed));
     if (prepared != nullptr && key && depth_ > 0 &&
         !(free_key && free_key->key == *key)) {
@@ -597,7 +606,7 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
   }
 
   // A query: the names and kinds of its columns, once per prepared shape.
-  const int columns = PQnfields(r);
+  const int columns = Pq().PQnfields(r);
   Variant own_names;
   std::vector<Kind> own_kinds;
   Variant* names = &own_names;
@@ -610,11 +619,11 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
     std::vector<Variant> list;
     kinds->clear();
     for (int c = 0; c < columns; ++c) {
-      const std::string_view server_name = PQfname(r, c);
-      Kind kind = KindOfServerType(PQftype(r, c));
+      const std::string_view server_name = Pq().PQfname(r, c);
+      Kind kind = KindOfServerType(Pq().PQftype(r, c));
       std::string_view name = server_name;
-      const Oid table = PQftable(r, c);
-      const int column = PQftablecol(r, c);
+      const Oid table = Pq().PQftable(r, c);
+      const int column = Pq().PQftablecol(r, c);
       if (table != InvalidOid && column > 0) {
         const Table* t = TableOf(table);
         if (static_cast<size_t>(column) < t->types.size()) {
@@ -634,17 +643,17 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
     *names = Variant(SafeArray::FromValues(std::move(list)));
     if (prepared != nullptr) prepared->described = true;
   }
-  const int rows = PQntuples(r);
+  const int rows = Pq().PQntuples(r);
   std::vector<Variant> cells;
   cells.reserve(static_cast<size_t>(rows) * static_cast<size_t>(columns));
   for (int row = 0; row < rows; ++row) {
     for (int c = 0; c < columns; ++c) {
-      if (PQgetisnull(r, row, c)) {
+      if (Pq().PQgetisnull(r, row, c)) {
         cells.push_back(Variant::Null());
       } else {
         AppendValue(cells,
-                    std::string_view(PQgetvalue(r, row, c),
-                                     static_cast<size_t>(PQgetlength(r, row, c))),
+                    std::string_view(Pq().PQgetvalue(r, row, c),
+                                     static_cast<size_t>(Pq().PQgetlength(r, row, c))),
                     (*kinds)[static_cast<size_t>(c)]);
       }
     }
@@ -678,16 +687,17 @@ std::optional<int64_t> PostgresDatabase::NewSeriesKey(int table, const SqlParame
     ReplaceText(text, "?1", "$1");
     const std::string candidate = "kwx_highest_" + std::to_string(table);
     const Oid types[] = {20};
-    Result r(PQprepare(conn_, candidate.c_str(), text.c_str(), 1, types));
-    if (PQresultStatus(r.get()) != PGRES_COMMAND_OK) return std::nullopt;
+    Result r(Pq().PQprepare(conn_, candidate.c_str(), text.c_str(), 1, types));
+    if (Pq().PQresultStatus(r.get()) != PGRES_COMMAND_OK) return std::nullopt;
     name = candidate;
   }
   const std::string id_text = std::to_string(id);
   const char* values[] = {id_text.c_str()};
-  Result r(PQexecPrepared(conn_, name.c_str(), 1, values, nullptr, nullptr, 0));
-  if (PQresultStatus(r.get()) != PGRES_TUPLES_OK || PQntuples(r.get()) != 1) return std::nullopt;
+  Result r(Pq().PQexecPrepared(conn_, name.c_str(), 1, values, nullptr, nullptr, 0));
+  if (Pq().PQresultStatus(r.get()) != PGRES_TUPLES_OK || Pq().PQntuples(r.get()) != 1)
+    return std::nullopt;
   int64_t key = id * kSeriesKeyBlock;
-  if (!PQgetisnull(r.get(), 0, 0)) key = std::atoll(PQgetvalue(r.get(), 0, 0)) + 1;
+  if (!Pq().PQgetisnull(r.get(), 0, 0)) key = std::atoll(Pq().PQgetvalue(r.get(), 0, 0)) + 1;
   if (!InStudyBlock(key, id)) return std::nullopt;
   return key;
 }
@@ -696,7 +706,7 @@ void PostgresDatabase::BeginTrans() {
   last_series_key_.reset();
   free_series_key_.reset();
   if (conn_ == nullptr) return;
-  if (depth_ > 0 && PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
+  if (depth_ > 0 && Pq().PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
   if (!Command(depth_ == 0 ? kBeginWriting : kSavepoint)) {
     if (depth_ == 0) Command("ROLLBACK");
     last_error_ = "BeginTrans failed: " + last_error_;
@@ -710,7 +720,7 @@ bool PostgresDatabase::LevelOpen() {
   free_series_key_.reset();
   if (conn_ == nullptr || depth_ == 0) return false;
   // A statement of its own (COMMIT, ROLLBACK) may have ended the transaction.
-  if (PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
+  if (Pq().PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
   return depth_ > 0;
 }
 
@@ -718,7 +728,7 @@ void PostgresDatabase::CommitTrans() {
   if (!LevelOpen()) return;
   const bool outermost = depth_ == 1;
   // COMMIT of a transaction a statement failed in rolls it back and still answers success.
-  const bool failed = PQtransactionStatus(conn_) == PQTRANS_INERROR;
+  const bool failed = Pq().PQtransactionStatus(conn_) == PQTRANS_INERROR;
   if (!failed && Command(outermost ? "COMMIT" : kRelease)) {
     --depth_;
     return;
