@@ -1,12 +1,12 @@
-// libpq, loaded the first time a PostgreSQL database is opened instead of at the start of every
-// program that links the library. Most runs never open one, and loading libpq and the
-// libraries it pulls in took 9 of the 24 ms that every kwx command spent starting.
+// libpq, loaded the first time a PostgreSQL database is opened (common/lazy_library_internal.h).
 #ifndef KWX_SERVICES_LIBPQ_LIBRARY_INTERNAL_H_
 #define KWX_SERVICES_LIBPQ_LIBRARY_INTERNAL_H_
 
 #include <libpq-fe.h>
 
 #include <string>
+
+#include "common/lazy_library_internal.h"
 
 namespace kwx::libpq {
 
@@ -19,17 +19,11 @@ namespace kwx::libpq {
   X(PQtransactionStatus)
 
 struct Functions {
-#define KWX_LIBPQ_POINTER(name) decltype(&::name) name = nullptr;
-  KWX_LIBPQ_FUNCTIONS(KWX_LIBPQ_POINTER)
-#undef KWX_LIBPQ_POINTER
+  KWX_LIBPQ_FUNCTIONS(KWX_LAZY_POINTER)
 };
 
-// Loads libpq once per process: its functions, or null with `error` saying why (libpq is not
-// installed, or lacks one of them). Thread-safe.
-const Functions* Load(std::string& error);
-
-// The functions, once Load has answered them; null before.
-const Functions* Loaded() noexcept;
+// libpq.so.5, the soname of the libpq these headers describe.
+extern LazyLibrary<Functions> library;
 
 }  // namespace kwx::libpq
 

@@ -50,7 +50,7 @@ std::string VersionMark() {
 }
 
 // libpq's functions. Every call comes after a connection was made, which loaded them.
-const libpq::Functions& Pq() noexcept { return *libpq::Loaded(); }
+const libpq::Functions& Pq() noexcept { return *libpq::library.Loaded(); }
 
 struct ResultCloser {
   void operator()(PGresult* r) const noexcept { Pq().PQclear(r); }
@@ -63,7 +63,7 @@ PGconn* Connect(const std::string& uri, std::string& error) {
     error = "not a PostgreSQL URI";
     return nullptr;
   }
-  if (libpq::Load(error) == nullptr) return nullptr;
+  if (libpq::library.Load(error) == nullptr) return nullptr;
   // A server that does not answer must not hang the caller: 10 seconds unless told otherwise.
   const bool own_timeout = std::getenv("PGCONNECT_TIMEOUT") == nullptr;
   const char* keys[] = {"connect_timeout", "fallback_application_name", "dbname", nullptr};

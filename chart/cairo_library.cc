@@ -1,0 +1,17 @@
+#include "chart/cairo_library_internal.h"
+
+namespace kwx::cairo_library {
+namespace {
+
+const char* Resolve(void* handle, Functions& functions) {
+  KWX_CAIRO_FUNCTIONS(KWX_LAZY_RESOLVE)
+  return nullptr;
+}
+
+}  // namespace
+
+// Constant-initialized: usable from any other static initializer.
+constinit LazyLibrary<Functions> library("libcairo.so.2", "Drawing a PNG or PDF chart",
+                                         &Resolve);
+
+}  // namespace kwx::cairo_library
