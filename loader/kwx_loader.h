@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -185,9 +186,12 @@ class kwxLoader {
   static bool MapFields(const Variant& vntFields, Company& objCompany,
                         enumDataFile DataFileFormat, int32_t platform) noexcept;
   // Completes what MapFields began (`blnMapped` its answer, given ProgramPlatform()):
-  // the same study and LastImportStatus as Fields_Get on the same array. Never raises.
+  // the same study and LastImportStatus as Fields_Get on the same array. `blnHasLayout`, when
+  // given, is whether the array has the layout of DataFileFormat (import/layout_check.h), found
+  // on the thread that mapped it. Never raises.
   void MappedFields_Get(const Variant& vntFields, const std::string& strFileName,
-                        Company& objCompany, enumDataFile DataFileFormat, bool blnMapped);
+                        Company& objCompany, enumDataFile DataFileFormat, bool blnMapped,
+                        std::optional<bool> blnHasLayout = std::nullopt);
   // Maps a text held in memory, one field per line (CR LF or CR line ends), onto `objCompany`.
   void Stream_Get(const std::string& strData, Company& objCompany,
                   enumDataFile DataFileFormat = idSSG);
@@ -244,9 +248,11 @@ class kwxLoader {
   // The part of the mapping that uses the database: reference names reconciled with their
   // tables (the industry of an SSG file stored).
   void ReconcileImported(const Variant& fields, Company& objCompany, int32_t format);
-  // Records in LastImportStatus what the field array read from `strFileName` says.
+  // Records in LastImportStatus what the field array read from `strFileName` says
+  // (`has_layout`: whether it has DataFileFormat's layout, when that is known already).
   void NoteFieldsStatus(const Variant& vntFields, const std::string& strFileName,
-                        enumDataFile DataFileFormat);
+                        enumDataFile DataFileFormat,
+                        std::optional<bool> has_layout = std::nullopt);
   // SSG_Get and KWX_Get: reads the file through the reader object, records why it gave no
   // study, and maps what it gave.
   void ImportDataFile(const std::string& strFileName, Company& objCompany, enumDataFile format);

@@ -1,5 +1,6 @@
 // The loader's data-file and stream members and the import dispatch they share.
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -45,8 +46,9 @@ bool WriteFields(IDataFile* writer, const std::string& file_name, Variant fields
 }
 
 // kNone when `fields` have the layout `format`, else kNotThatLayout naming `what`.
-ImportStatus FieldsStatus(const Variant& fields, int32_t format, const std::string& what) {
-  if (FieldsHaveLayout(fields, format)) return {};
+ImportStatus FieldsStatus(const Variant& fields, int32_t format, const std::string& what,
+                          std::optional<bool> has_layout = std::nullopt) {
+  if (has_layout ? *has_layout : FieldsHaveLayout(fields, format)) return {};
   const std::string_view layout = LayoutName(format);
   return {ImportProblem::kNotThatLayout,
           layout.empty() ? what + ": " + std::to_string(format) + " is no data-file layout"
@@ -85,15 +87,15 @@ void kwxLoader::Fields_Get(const Variant& vntFields, const std::string& strFileN
 
 void kwxLoader::MappedFields_Get(const Variant& vntFields, const std::string& strFileName,
                                  Company& objCompany, enumDataFile DataFileFormat,
-                                 bool blnMapped) {
-  NoteFieldsStatus(vntFields, strFileName, DataFileFormat);
+                                 bool blnMapped, std::optional<bool> blnHasLayout) {
+  NoteFieldsStatus(vntFields, strFileName, DataFileFormat, blnHasLayout);
   if (blnMapped) ResumeNext([&] { ReconcileImported(vntFields, objCompany, DataFileFormat); });
 }
 
 void kwxLoader::NoteFieldsStatus(const Variant& vntFields, const std::string& strFileName,
-                                 enumDataFile DataFileFormat) {
+                                 enumDataFile DataFileFormat, std::optional<bool> has_layout) {
   if (vntFields.IsArray()) {
-    last_import_ = FieldsStatus(vntFields, DataFileFormat, "'" + strFileName + "'");
+    last_import_ = FieldsStatus(vntFields, DataFileFormat, "'" + strFileName + "'", has_layout);
   } else {
     // The reader answers Empty for every file it cannot read; the path tells the two apart.
     std::error_code ec;

@@ -103,7 +103,8 @@ ImportStatus ReadMappedStudyFields(kwxLoader& loader, const Variant& fields,
                                    bool has_layout, bool mapped) {
   return ReadChecked(
       loader, fields, format, "'" + path + "'", company,
-      [&] { loader.MappedFields_Get(fields, path, company, format, mapped); }, has_layout);
+      [&] { loader.MappedFields_Get(fields, path, company, format, mapped, has_layout); },
+      has_layout);
 }
 
 ImportStatus ReadStudyText(kwxLoader& loader, const std::string& text, enumDataFile format,
