@@ -388,11 +388,15 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
     IDatabase& db = store.database();
     const TableDef& table = Row::Table();
     const std::string id = std::to_string(company_id);
-    std::string sql = "select min(";
-    sql.append(table.key).append(") from ").append(table.name);
-    sql.append(" where ").append(CompanyKey()).append(" = ").append(id);
+    static SiteTemplate first_key_site;
+    ComposedStatement first_key_query = first_key_site.Made(store.sp(), [&] {
+      TemplateText text("select min(");
+      text << table.key << ") from " << table.name << " where " << CompanyKey() << " = ";
+      return text.Value(CompanyKey());
+    });
+    first_key_query.literals.front() = id;
     RowSet rows;
-    if (!db.blnExecute(sql, rows.fields, rows.data)) return false;
+    if (!db.blnExecuteComposed(first_key_query, rows.fields, rows.data)) return false;
     double first_key = 0;
     if (rows.Count() > 0) {
       const SafeArray& data = rows.data.AsArray();
