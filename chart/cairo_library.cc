@@ -10,8 +10,6 @@ const char* Resolve(void* handle, Functions& functions) {
 
 }  // namespace
 
-// Constant-initialized: usable from any other static initializer.
-constinit LazyLibrary<Functions> library("libcairo.so.2", "Drawing a PNG or PDF chart",
-                                         &Resolve);
+LazyLibrary<Functions> library("libcairo.so.2", "Drawing a PNG or PDF chart", &Resolve);
 
 }  // namespace kwx::cairo_library

@@ -15,12 +15,13 @@ namespace kwx {
 
 // `Functions` is a struct of function pointers; `resolve(handle, functions)` fills it from the
 // opened library and answers the name of the first function it cannot find (nullptr when all
-// are found). Make one per library, at namespace scope.
+// are found). Make one per library, at namespace scope, and use it once the program runs (not
+// from another static initializer).
 template <class Functions>
 class LazyLibrary {
  public:
   using Resolve = const char* (*)(void* handle, Functions& functions);
-  constexpr LazyLibrary(const char* soname, const char* purpose, Resolve resolve)
+  LazyLibrary(const char* soname, const char* purpose, Resolve resolve)
       : soname_(soname), purpose_(purpose), resolve_(resolve) {}
 
   // The functions, loading the library the first time; null with `error` saying why when it

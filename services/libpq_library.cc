@@ -10,7 +10,6 @@ const char* Resolve(void* handle, Functions& functions) {
 
 }  // namespace
 
-// Constant-initialized: usable from any other static initializer.
-constinit LazyLibrary<Functions> library("libpq.so.5", "PostgreSQL", &Resolve);
+LazyLibrary<Functions> library("libpq.so.5", "PostgreSQL", &Resolve);
 
 }  // namespace kwx::libpq
