@@ -156,11 +156,6 @@ class TemplateText {
     return *this;
   }
 
-  // The statement with its values still to write.
-  ComposedStatement Made() const {
-    return ComposedStatement{Template(), std::vector<std::string>(made_.columns.size()), {}};
-  }
-
   // The template this text spells, made once for the program's life.
   const StatementTemplate* Template() const {
     static std::mutex lock;
@@ -380,9 +375,14 @@ enum class MissingRow : bool { kSkip, kInsert };
 // `derive(row, i)` sets the columns computed from the element's place. The database keeps a
 // study's series rows in a key block of its own, so "the smallest key plus i" is always a row
 // of this study or no row at all, never another study's row.
-template <class Row, class Derive>
+// How an update writes its "COLUMN=VALUE" pairs: the sign alone, or with a blank each side.
+enum class Pairs : bool { kTight, kSpaced };
+
+// The pairs are a template argument: each instantiation keeps the templates it writes
+// (SiteTemplate), whose text depends on them.
+template <Pairs kPairs, class Row, class Derive>
 bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector<Row>& series,
-                size_t count, std::string_view equals, Derive derive, const char* location,
+                size_t count, Derive derive, const char* location,
                 MissingRow missing = MissingRow::kSkip) {
   try {
     IDatabase& db = store.database();
@@ -416,18 +416,14 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
       return text.Values(columns);
     });
     insert.literals.front() = id;
-    // The updates' text also depends on how the series writes its pairs.
-    static SiteTemplate update_site, spaced_update_site;
-    auto update_text = [&] {
+    static SiteTemplate update_site;
+    ComposedStatement update = update_site.Made(store.sp(), [&] {
       TemplateText text("Update ");
       text << table.name << " set ";
-      text.Assignments(columns, equals) << " where " << table.key << " = ";
+      text.Assignments(columns, kPairs == Pairs::kSpaced ? " = " : "=")
+          << " where " << table.key << " = ";
       return text.Value(table.key);
-    };
-    ComposedStatement update =
-        equals == "="     ? update_site.Made(store.sp(), update_text)
-        : equals == " = " ? spaced_update_site.Made(store.sp(), update_text)
-                          : update_text().Made();
+    });
     Row row;
     for (size_t i = 0; i < count; ++i) {
       row = i < series.size() ? series[i] : Row{};
@@ -549,20 +545,20 @@ bool SaveSteps(const StoreContext& store, IDatabase& db, Company& company,
   auto by_month = [](MonthlyRow& row, int i) { row.Month = static_cast<int16_t>(i); };
   auto as_held = [](auto&, int) {};
   const bool series_saved =
-      SaveSeries(store, id, company.Yearly, Company::kYearlyRows, "=", latest_first,
-                 "mdlAccess_UpdateYearly") &&
-      SaveSeries(store, id, company.Quarterly, Company::kQuarterlyRows, "=", by_quarter,
-                 "mdlAccess_UpdateQuarterly") &&
-      SaveSeries(store, id, company.Monthly, Company::kMonthlyRows, "=", by_month,
-                 "mdlAccess_UpdateMonthly") &&
-      SaveSeries(store, id, company.JudgmentPMG, Company::kJudgmentPMGRows, "=", as_held,
-                 "mdlAccess_UpdatePMG") &&
+      SaveSeries<Pairs::kTight>(store, id, company.Yearly, Company::kYearlyRows, latest_first,
+                                "mdlAccess_UpdateYearly") &&
+      SaveSeries<Pairs::kTight>(store, id, company.Quarterly, Company::kQuarterlyRows, by_quarter,
+                                "mdlAccess_UpdateQuarterly") &&
+      SaveSeries<Pairs::kTight>(store, id, company.Monthly, Company::kMonthlyRows, by_month,
+                                "mdlAccess_UpdateMonthly") &&
+      SaveSeries<Pairs::kTight>(store, id, company.JudgmentPMG, Company::kJudgmentPMGRows, as_held,
+                                "mdlAccess_UpdatePMG") &&
       // The PERT update pairs have always been written with blanks around the sign. A study
       // may hold more PERT elements than it has rows (the list grows between saves): an
       // element whose row is missing is inserted, never left out, and the new row takes the
       // next free key of the study's block, where the next save finds it.
-      SaveSeries(store, id, company.JudgmentPERT, company.JudgmentPERT.size(), " = ", as_held,
-                 "mdlAccess_UpdatePERT", MissingRow::kInsert);
+      SaveSeries<Pairs::kSpaced>(store, id, company.JudgmentPERT, company.JudgmentPERT.size(),
+                                 as_held, "mdlAccess_UpdatePERT", MissingRow::kInsert);
   if (!series_saved) return false;
   if (!update_judgment) return true;
   if (!SaveJudgments(store, company)) return false;

@@ -544,31 +544,6 @@ std::string NumberText(float v) { return NumberTextOf(v, 7, true); }
 
 bool SingleSevenDigits(float v, uint32_t& n, int& e) { return SevenDigits(v, n, e); }
 
-SingleDecimal SingleDecimalOf(float v) {
-  SingleDecimal out;
-  uint32_t n = 0;
-  int e = 0;
-  if (SevenDigits(v, n, e)) {
-    // The usual magnitudes, without the digits' characters: the trailing zeros go.
-    out.exponent = e - 6;
-    while (n % 10 == 0) {
-      n /= 10;
-      ++out.exponent;
-    }
-    out.significand = n;
-    out.plain = e < 7 && e >= -4;
-    return out;
-  }
-  const Digits d = SingleDigits(v);
-  for (size_t k = 0; k < d.count; ++k) {
-    out.significand = out.significand * 10 + static_cast<uint32_t>(d.digits[k] - '0');
-  }
-  out.exponent = d.exponent - static_cast<int>(d.count) + 1;
-  // NumberTextOf's rule for a single (precision 7).
-  out.plain = !(d.exponent >= 7 || d.exponent < -4);
-  return out;
-}
-
 std::string NumberText(double v) { return NumberTextOf(v, 15, false); }
 
 double RoundHalfEven(double v) { return static_cast<double>(RoundHalfEvenLong(v)); }

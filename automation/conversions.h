@@ -56,15 +56,6 @@ Variant ConvertTo(const Variant& v, VarType to);
 // least the digit count or below -4: 123456789f gives "1.234568E+08", 0.00001 gives "1E-05",
 // 0.5 gives "0.5", -2 gives "-2".
 std::string NumberText(float v);
-// The decimal NumberText(v) writes for a finite, nonzero `v`: |v| shown as `significand` times
-// ten to `exponent` (at most 7 digits, no trailing zero), written without an exponent part
-// when `plain`.
-struct SingleDecimal {
-  uint32_t significand = 0;
-  int exponent = 0;
-  bool plain = true;
-};
-SingleDecimal SingleDecimalOf(float v);
 // The seven digits NumberText(v) rounds a Single to: |v| is `n` times 10^(e - 6), `n` of seven
 // digits (trailing zeros kept). False below 1E-4 or from 1E7 on (and for 0 and non-finite v).
 bool SingleSevenDigits(float v, uint32_t& n, int& e);
