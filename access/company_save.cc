@@ -269,18 +269,28 @@ class ReferenceIds {
   std::array<std::pair<std::string_view, int32_t>, 4> ids_{};
 };
 
-bool SaveNotes(IDatabase& db, const Company& company) {
+bool SaveNotes(const StoreContext& store, IDatabase& db, const Company& company) {
   const TableDef& table = GetTable(TableId::Notes);
   const std::string_view column = table.columns[0].name;
   const std::string id = std::to_string(company.CompanyID);
-  const std::string text = SqlText(Variant(company.Notes));
-  std::string update = "update ";
-  update.append(table.name).append(" set ").append(column).append(" = ").append(text);
-  update.append(" where ").append(CompanyKey()).append(" = ").append(id);
+  std::string text;
+  AppendSqlText(text, company.Notes);
+  static SiteTemplate update_site, insert_site;
+  ComposedStatement update = update_site.Made(store.sp(), [&] {
+    TemplateText made("update ");
+    made << table.name << " set " << column << " = ";
+    made.Value(column) << " where " << CompanyKey() << " = ";
+    return made.Value(CompanyKey());
+  });
+  update.literals = {text, id};
   if (Wrote(db, update)) return true;
-  std::string insert = "insert into ";
-  insert.append(table.name).append("(").append(CompanyKey()).append(", ").append(column);
-  insert.append(") select ").append(id).append(",").append(text);
+  ComposedStatement insert = insert_site.Made(store.sp(), [&] {
+    TemplateText made("insert into ");
+    made << table.name << "(" << CompanyKey() << ", " << column << ") select ";
+    made.Value(CompanyKey()) << ",";
+    return made.Value(column);
+  });
+  insert.literals = {id, std::move(text)};
   return Wrote(db, insert);
 }
 
@@ -358,7 +368,7 @@ bool SaveRecord(const StoreContext& store, IDatabase& db, Company& company,
       company.CompanyID = CLng(data(data.LBound(1), data.LBound(2)));
     }
 
-    if (!SaveNotes(db, company)) return false;
+    if (!SaveNotes(store, db, company)) return false;
     return SaveOptions(store, db, company);
   } catch (...) {
     store.ReportCurrent("mdlAccess_UpdateCompany", CompanyParameter(company.CompanyID));

@@ -27,14 +27,14 @@ std::string_view Trimmed(std::string_view s) {
   return s;
 }
 
-// The series table named at the front of `s` (taken off it), or -1.
-int TakeSeriesTable(std::string_view& s) {
+// The table named at the front of `s` (taken off it), a Series table unless `any_kind`, or -1.
+int TakeTable(std::string_view& s, bool any_kind = false) {
   size_t end = 0;
   while (end < s.size() && !IsBlank(s[end]) && s[end] != '(') ++end;
   const std::string_view name = Trimmed(s.substr(0, end));
   const std::span<const TableDef> tables = AllTables();
   for (size_t t = 0; t < tables.size(); ++t) {
-    if (tables[t].kind == TableKind::Series && EqualsNoCase(tables[t].name, name)) {
+    if ((any_kind || tables[t].kind == TableKind::Series) && EqualsNoCase(tables[t].name, name)) {
       s.remove_prefix(end);
       while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
       return static_cast<int>(t);
@@ -67,13 +67,16 @@ SeriesShape ClassifySeriesShape(std::string_view shape, size_t value_count) {
   std::string_view s = shape;
   while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
   if (Take(s, "insert") && Take(s, "into")) {
-    const int table = TakeSeriesTable(s);
+    const int table = TakeTable(s, /*any_kind=*/true);
     if (table < 0 || s.empty() || s.front() != '(') return result;
     const size_t close = s.find(')');
     if (close == std::string_view::npos) return result;
+    const bool series = AllTables()[table].kind == TableKind::Series;
     const std::string_view columns = s.substr(1, close - 1);
     const std::string_view company = GetTable(TableId::Company).key;
-    if (!EqualsNoCase(Trimmed(columns.substr(0, columns.find(','))), company)) return result;
+    if (series && !EqualsNoCase(Trimmed(columns.substr(0, columns.find(','))), company)) {
+      return result;
+    }
     std::string_view values = s.substr(close + 1);
     while (!values.empty() && IsBlank(values.front())) values.remove_prefix(1);
     if (!Take(values, "select")) return result;
@@ -86,19 +89,28 @@ SeriesShape ClassifySeriesShape(std::string_view shape, size_t value_count) {
         return result;
       }
     }
-    if (marks != value_count || values.empty() || values.front() != '?') return result;
-    // Compiled as a row of values: SQLite writes the rows of an insert's select into a
-    // temporary table first when the table has a row trigger, as series tables do.
-    result.role = SeriesShape::Role::kInsert;
+    if (marks != value_count || values.empty() || (series && values.front() != '?')) {
+      return result;
+    }
+    // Compiled as a row of values, which stores the same row: SQLite writes the rows of an
+    // insert's select into a temporary table first when the table has a row trigger, as
+    // series tables do, and runs an insert by select under a statement journal of its own.
+    const std::string head(shape.substr(0, shape.size() - s.size() + close));
     result.table = table;
-    result.compiled = std::string(shape.substr(0, shape.size() - s.size() + close)) + "," +
-                      Quoted(AllTables()[table].key) + ") values (" + std::string(values) + ",?)";
+    if (series) {
+      result.role = SeriesShape::Role::kInsert;
+      result.compiled =
+          head + "," + Quoted(AllTables()[table].key) + ") values (" + std::string(values) + ",?)";
+    } else {
+      result.role = SeriesShape::Role::kRowInsert;
+      result.compiled = head + ") values (" + std::string(values) + ")";
+    }
     return result;
   }
   s = shape;
   while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
   if (Take(s, "update")) {
-    const int table = TakeSeriesTable(s);
+    const int table = TakeTable(s);
     if (table < 0 || !Take(s, "set")) return result;
     // "... where KEY = ?" at the end, the key the last value.
     const size_t where = FindNoCase(s, " where ");

@@ -1,6 +1,7 @@
 // The database object's part in keeping series rows in per-study key blocks
 // (schema_ddl_internal.h): it recognises the statement shapes that insert a series row and that
-// update one by its key, and gives the inserts their key as part of the statement itself.
+// update one by its key, and gives the inserts their key as part of the statement itself. It
+// also recognises the loader's other inserts of one row, which compile as a row of values.
 #ifndef KWX_SERVICES_SERIES_KEYS_INTERNAL_H_
 #define KWX_SERVICES_SERIES_KEYS_INTERNAL_H_
 
@@ -21,9 +22,12 @@ struct SeriesShape {
     // An update of one series row by its key: "update T set ... where KEY = ?", the key the
     // last value.
     kKeyedUpdate,
+    // An insert of one row into any other table by a select of lifted values alone. `compiled`
+    // is the same row as a values list.
+    kRowInsert,
   };
   Role role = Role::kNone;
-  int table = -1;  // the series table, as its index among AllTables()
+  int table = -1;  // the table, as its index among AllTables()
   std::string compiled;
 };
 

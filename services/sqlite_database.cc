@@ -93,12 +93,21 @@ void Bind(sqlite3_stmt* stmt, const std::vector<SqlParameter>& values) {
         sqlite3_bind_double(stmt, index, v.real);
         break;
       case SqlParameter::Kind::Text:
-        // The values outlive the run; the bindings are cleared before they go.
+        // The values outlive the run; Unbind lets go of them before they go.
         sqlite3_bind_text(stmt, index, v.text.data(), static_cast<int>(v.text.size()),
                           SQLITE_STATIC);
         break;
     }
     ++index;
+  }
+}
+
+// Lets go of the texts Bind bound without a copy.
+void Unbind(sqlite3_stmt* stmt, const std::vector<SqlParameter>& values) {
+  for (size_t i = 0; i < values.size(); ++i) {
+    if (values[i].kind == SqlParameter::Kind::Text) {
+      sqlite3_bind_null(stmt, static_cast<int>(i) + 1);
+    }
   }
 }
 
@@ -398,8 +407,7 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
   StatementCache::Entry* entry = statements_->Find(shape, kept);
   if (entry == nullptr) {
     SeriesShape series = ClassifySeriesShape(shape, values.size());
-    const std::string& compiled =
-        series.role == SeriesShape::Role::kInsert ? series.compiled : shape;
+    const std::string& compiled = series.compiled.empty() ? shape : series.compiled;
     const size_t parameters =
         values.size() + (series.role == SeriesShape::Role::kInsert ? 1 : 0);
     sqlite3_stmt* raw = nullptr;
@@ -432,10 +440,19 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
       last_series_key_ = last_key;
       key = NewSeriesKey(entry->series.table, values.front(), free_key);
       last_series_key_.reset();
-      if (key) sqlite3_bind_int64(entry->stmt, static_cast<int>(values.size()) + 1, *key);
+      const int place = static_cast<int>(values.size()) + 1;
+      if (key) {
+        sqlite3_bind_int64(entry->stmt, place, *key);
+      } else {
+        sqlite3_bind_null(entry->stmt, place);
+      }
     }
     const bool ok = Run(db_.get(), entry->stmt, entry, row_count_, fields, data);
-    if (!ok) last_error_ = sqlite3_errmsg(db_.get());
+    if (!ok) {
+      // Read now: binding again below clears the connection's error.
+      last_error_ = sqlite3_errmsg(db_.get());
+      NoteLockFailure();
+    }
     // Only a key after the block's highest is known to have none after it; a hole filled
     // may have a row right after it.
     // Outside a transaction another program may write between two statements.
@@ -447,7 +464,9 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
       free_series_key_ = FreeSeriesKey{entry->series.table, values.back().integer};
     }
     sqlite3_reset(entry->stmt);
-    sqlite3_clear_bindings(entry->stmt);
+    // Every value is bound again on the next run; only the texts, bound without a copy, must
+    // not outlive theirs.
+    Unbind(entry->stmt, values);
     return ok;
   }
 
