@@ -155,6 +155,40 @@ TEST_F(DatabaseTest, SeriesRowsTakeTheirKeysInTheirStudysBlock) {
   EXPECT_FALSE(InStudyBlock(0, std::numeric_limits<int64_t>::max() / kSeriesKeyBlock));
 }
 
+// The loader's inserts of one row, every value lifted, compile as a row of values: a series
+// row's with its key as one more value, any other table's as it stands. Shapes holding
+// anything else run as they are.
+TEST(SeriesShapes, InsertsOfOneRowOfLiftedValuesCompileAsARowOfValues) {
+  struct Case {
+    const char* shape;
+    size_t values;
+    SeriesShape::Role role;
+    const char* compiled;
+  } cases[] = {
+      {"insert into Yearly (CompanyID,Year,sngSales) select ?,?,-?", 3, SeriesShape::Role::kInsert,
+       "insert into Yearly (CompanyID,Year,sngSales,\"YearlyID\") values (?,?,-?,?)"},
+      {"insert into Notes(CompanyID, Notes) select ?,?", 2, SeriesShape::Role::kRowInsert,
+       "insert into Notes(CompanyID, Notes) values (?,?)"},
+      {"Insert into JudgmentGraph (CompanyID,intA) Select -?, ?", 2, SeriesShape::Role::kRowInsert,
+       "Insert into JudgmentGraph (CompanyID,intA) values (-?, ?)"},
+      // The series row's study comes first, or its key cannot follow from it.
+      {"insert into Yearly (Year,CompanyID) select ?,?", 2, SeriesShape::Role::kNone, ""},
+      // A value the statement keeps, a select from a table, a count that differs.
+      {"insert into Notes(CompanyID, Notes) select ?,Null", 1, SeriesShape::Role::kNone, ""},
+      {"insert into Notes(CompanyID, Notes) select ?,? from Company", 2, SeriesShape::Role::kNone,
+       ""},
+      {"insert into Notes(CompanyID, Notes) select ?,?", 3, SeriesShape::Role::kNone, ""},
+      {"insert into NoSuchTable (a) select ?", 1, SeriesShape::Role::kNone, ""},
+      {"Update Yearly set Year=? where YearlyID = ?", 2, SeriesShape::Role::kKeyedUpdate, ""},
+      {"Update Notes set Notes = ? where CompanyID = ?", 2, SeriesShape::Role::kNone, ""},
+  };
+  for (const Case& c : cases) {
+    const SeriesShape shape = ClassifySeriesShape(c.shape, c.values);
+    EXPECT_EQ(shape.role, c.role) << c.shape;
+    EXPECT_EQ(shape.compiled, c.compiled) << c.shape;
+  }
+}
+
 // A file written before series keys were kept in blocks is renumbered when it is opened, each
 // study's rows in their old order, its indexes take their declared form, and then it carries
 // the current schema version.
