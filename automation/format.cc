@@ -1,5 +1,6 @@
 #include "automation/format.h"
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -33,6 +34,38 @@ std::string Printf(const char* pattern, auto... args) {
   char buffer[64];
   std::snprintf(buffer, sizeof buffer, pattern, args...);
   return buffer;
+}
+
+// `value` in decimal, zero-padded to `width` characters at least, a sign included (as
+// printf's "%0*d" writes it).
+void AppendDigits(std::string& out, int value, int width) {
+  if (value < 0) {
+    out.push_back('-');
+    --width;
+  }
+  unsigned magnitude = value < 0 ? 0u - static_cast<unsigned>(value) : static_cast<unsigned>(value);
+  char digits[16];
+  int n = 0;
+  do {
+    digits[n++] = static_cast<char>('0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude > 0);
+  while (n < width) digits[n++] = '0';
+  while (n > 0) out.push_back(digits[--n]);
+}
+
+// Three numbers with `separator` between them, each padded to its width in `widths`: the short
+// and ISO date forms, which statements write many times over, without a format string to read.
+std::string DateNumbers(int first, int second, int third, char separator,
+                        const std::array<int, 3>& widths) {
+  std::string out;
+  out.reserve(10);
+  AppendDigits(out, first, widths[0]);
+  out.push_back(separator);
+  AppendDigits(out, second, widths[1]);
+  out.push_back(separator);
+  AppendDigits(out, third, widths[2]);
+  return out;
 }
 
 std::string TimeText(const Parts& p) {
@@ -86,13 +119,13 @@ std::string FormatDateAs(Date d, DateForm form) {
   const Parts p = dates_internal::Split(d);
   switch (form) {
     case DateForm::kShort:
-      return Printf("%d/%d/%04d", p.month, p.day, p.year);
+      return DateNumbers(p.month, p.day, p.year, '/', {1, 1, 4});
     case DateForm::kMedium:
       return Printf("%02d-%s-%04d", p.day, ShortMonth(p.month).c_str(), p.year);
     case DateForm::kMonthFirst:
       return Printf("%s/%02d/%04d", ShortMonth(p.month).c_str(), p.day, p.year);
     case DateForm::kIso:
-      return Printf("%04d-%02d-%02d", p.year, p.month, p.day);
+      return DateNumbers(p.year, p.month, p.day, '-', {4, 2, 2});
     case DateForm::kGeneral: {
       const bool has_time = p.hour != 0 || p.minute != 0 || p.second != 0;
       // Day 0 carries no date: the value is a time of day alone.

@@ -587,13 +587,11 @@ bool Translator::Run() {
 }  // namespace
 
 std::string StoredDateText(Date d) {
-  char text[24];
-  const int year = Year(d);
+  std::string text = FormatDate(d, "yyyy-mm-dd");
   if (HasTime(d)) {
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", year, Month(d), Day(d),
-                  Hour(d), Minute(d), Second(d));
-  } else {
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d", year, Month(d), Day(d));
+    char time[16];
+    std::snprintf(time, sizeof time, " %02d:%02d:%02d", Hour(d), Minute(d), Second(d));
+    text += time;
   }
   return text;
 }
