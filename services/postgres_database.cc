@@ -327,7 +327,7 @@ Status CreatePostgresDatabase(const std::string& uri) {
   return Status::OK();
 }
 
-PostgresDatabase::PostgresDatabase() = default;
+PostgresDatabase::PostgresDatabase() : series_keys_(std::make_unique<SeriesKeyMemo>()) {}
 
 PostgresDatabase::~PostgresDatabase() { Close(); }
 
@@ -339,8 +339,7 @@ void PostgresDatabase::Close() noexcept {
   tables_.clear();
   highest_key_.clear();
   depth_ = 0;
-  last_series_key_.reset();
-  free_series_key_.reset();
+  series_keys_->Forget();
 }
 
 bool PostgresDatabase::blnOpenDatabase(std::string& uri) {
@@ -456,8 +455,8 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
   }
   // A transaction ended by a statement.
   if (depth_ > 0 && Pq().PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
-  const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
-  const std::optional<FreeSeriesKey> last_key = std::exchange(last_series_key_, std::nullopt);
+  // What the statement before this one learned of the next series key holds for this one only.
+  const std::optional<SeriesKeyMemo::Known> known = series_keys_->Take();
 
   ParameterizedSql lifted = ParameterizeJetSql(sql);
   Prepared* prepared = nullptr;
@@ -540,11 +539,12 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
     }
     if (prepared != nullptr) {
       if (prepared->series.role == SeriesShape::Role::kInsert) {
-        last_series_key_ = last_key;
-        free_series_key_ = free_key;
-        key = NewSeriesKey(prepared->series.table, lifted.values.front());
-        last_series_key_.reset();
-        free_series_key_.reset();
+        const SqlParameter& company = lifted.values.front();
+        std::optional<int64_t> known_key;
+        if (company.kind == SqlParameter::Kind::Integer) {
+          known_key = SeriesKeyMemo::KeyFor(known, prepared->series.table, company.integer);
+        }
+        key = NewSeriesKey(prepared->series.table, company, known_key);
         // Without a key (a full block) the key trigger decides.
         texts.resize(lifted.values.size());
         if (key) texts.push_back(std::to_string(*key));
@@ -594,13 +594,9 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
   if (Pq().PQresultStatus(r) == PGRES_COMMAND_OK) {
     const char* changed = Pq().PQcmdTuples(r);
     row_count_ = *changed == '\0' ? 0 : static_cast<int32_t>(std::atol(changed));
-    if (prepared != nullptr && key && depth_ > 0 &&
-        !(free_key && free_key->key == *key)) {
-      last_series_key_ = FreeSeriesKey{prepared->series.table, *key};
-    }
-    if (prepared != nullptr && prepared->series.role == SeriesShape::Role::kKeyedUpdate &&
-        row_count_ == 0 && lifted.values.back().kind == SqlParameter::Kind::Integer) {
-      free_series_key_ = FreeSeriesKey{prepared->series.table, lifted.values.back().integer};
+    if (prepared != nullptr) {
+      series_keys_->Learn(prepared->series, known, lifted.values, key, row_count_, data,
+                          depth_ > 0);
     }
     return true;
   }
@@ -661,24 +657,22 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
   fields = *names;
   if (rows > 0) data = Variant(SafeArray::FromRows(rows, columns, std::move(cells)));
   row_count_ = rows;
+  if (prepared != nullptr) {
+    series_keys_->Learn(prepared->series, known, lifted.values, key, row_count_, data, depth_ > 0);
+  }
   return true;
 }
 
-std::optional<int64_t> PostgresDatabase::NewSeriesKey(int table, const SqlParameter& company) {
+std::optional<int64_t> PostgresDatabase::NewSeriesKey(int table, const SqlParameter& company,
+                                                      std::optional<int64_t> known) {
   if (company.kind != SqlParameter::Kind::Integer || !HasStudyBlock(company.integer)) {
     return std::nullopt;  // no block to take a key in: the key trigger decides
   }
   const int64_t id = company.integer;
-  if (free_series_key_ && free_series_key_->table == table &&
-      InStudyBlock(free_series_key_->key, id)) {
-    return free_series_key_->key;
-  }
-  // Rows a save inserts one after another take the keys one after another: nothing else
-  // writes while its transaction holds the write lock.
-  if (last_series_key_ && last_series_key_->table == table &&
-      InStudyBlock(last_series_key_->key + 1, id)) {
-    return last_series_key_->key + 1;
-  }
+  // Rows a save inserts one after another take the keys one after another (nothing else
+  // writes while its transaction holds the write lock), as does a row an update just found
+  // missing, or the first row of a series the study has no rows of.
+  if (known) return known;
   if (static_cast<size_t>(table) >= highest_key_.size()) highest_key_.resize(table + 1);
   std::string& name = highest_key_[table];
   if (name.empty()) {
@@ -703,8 +697,7 @@ std::optional<int64_t> PostgresDatabase::NewSeriesKey(int table, const SqlParame
 }
 
 void PostgresDatabase::BeginTrans() {
-  last_series_key_.reset();
-  free_series_key_.reset();
+  series_keys_->Forget();
   if (conn_ == nullptr) return;
   if (depth_ > 0 && Pq().PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;
   if (!Command(depth_ == 0 ? kBeginWriting : kSavepoint)) {
@@ -716,8 +709,7 @@ void PostgresDatabase::BeginTrans() {
 }
 
 bool PostgresDatabase::LevelOpen() {
-  last_series_key_.reset();
-  free_series_key_.reset();
+  series_keys_->Forget();
   if (conn_ == nullptr || depth_ == 0) return false;
   // A statement of its own (COMMIT, ROLLBACK) may have ended the transaction.
   if (Pq().PQtransactionStatus(conn_) == PQTRANS_IDLE) depth_ = 0;

@@ -20,6 +20,7 @@
 struct pg_conn;
 
 namespace kwx {
+class SeriesKeyMemo;
 struct SqlParameter;
 
 // True when `path` names a PostgreSQL database (a libpq URI: it starts with "postgresql://"
@@ -116,7 +117,10 @@ class PostgresDatabase final : public DatabaseEngine {
   bool LevelOpen();
   // The declared kinds of the columns of the table with that object id, by column number.
   const Table* TableOf(unsigned int oid);
-  std::optional<int64_t> NewSeriesKey(int table, const SqlParameter& company);
+  // The key the loader's insert of a row of series `table` for the study `company` takes;
+  // `known` is the key what the statement before told gives it, if any.
+  std::optional<int64_t> NewSeriesKey(int table, const SqlParameter& company,
+                                      std::optional<int64_t> known);
 
   pg_conn* conn_ = nullptr;
   std::unordered_map<std::string, std::unique_ptr<Prepared>> prepared_;
@@ -124,15 +128,8 @@ class PostgresDatabase final : public DatabaseEngine {
   std::vector<std::string> highest_key_;  // prepared statement names, per series table
   int32_t row_count_ = 0;
   int depth_ = 0;
-  // As in SqliteDatabase: the key an update of a series row by its key found free, and the key
-  // the last statement (an insert of a series row inside a transaction) gave its row; each
-  // holds for the very next statement only.
-  struct FreeSeriesKey {
-    int table;
-    int64_t key;
-  };
-  std::optional<FreeSeriesKey> free_series_key_;
-  std::optional<FreeSeriesKey> last_series_key_;
+  // What the last statement learned of the key the next insert of a series row takes.
+  std::unique_ptr<SeriesKeyMemo> series_keys_;
   std::string last_error_;
   bool upgrade_allowed_ = true;
   StatementTrace trace_;

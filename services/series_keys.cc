@@ -1,11 +1,13 @@
-#include "services/series_keys_internal.h"
-
 #include <limits>
 #include <span>
 
+#include "automation/safe_array.h"
 #include "automation/text.h"
+#include "automation/variant.h"
 #include "model/schema.h"
+#include "services/jet_dialect.h"
 #include "services/schema_ddl_internal.h"
+#include "services/series_keys_internal.h"
 
 namespace kwx {
 namespace {
@@ -53,6 +55,57 @@ bool HasStudyBlock(int64_t company_id) {
 bool InStudyBlock(int64_t key, int64_t company_id) {
   return HasStudyBlock(company_id) && key >= company_id * kSeriesKeyBlock &&
          key < (company_id + 1) * kSeriesKeyBlock;
+}
+
+std::optional<int64_t> SeriesKeyMemo::KeyFor(const std::optional<Known>& known, int table,
+                                             int64_t company) {
+  if (known && known->table == table && InStudyBlock(known->key, company)) return known->key;
+  return std::nullopt;
+}
+
+void SeriesKeyMemo::Inserted(const std::optional<Known>& before, int table, int64_t company,
+                             int64_t key, bool in_transaction) noexcept {
+  // A hole filled may have a row right after it; a row after the block's highest has none.
+  const bool filled_hole = before && !before->run && before->key == key;
+  if (in_transaction && !filled_hole && InStudyBlock(key + 1, company)) {
+    known_ = Known{table, key + 1, true};
+  }
+}
+
+void SeriesKeyMemo::FoundNoRowAt(int table, int64_t key) noexcept {
+  known_ = Known{table, key, false};
+}
+
+void SeriesKeyMemo::FoundNoRowsOf(int table, int64_t company, bool in_transaction) noexcept {
+  // The study's rows of a series are the rows of its block, so its block is empty.
+  if (in_transaction && HasStudyBlock(company)) {
+    known_ = Known{table, company * kSeriesKeyBlock, true};
+  }
+}
+
+void SeriesKeyMemo::Learn(const SeriesShape& series, const std::optional<Known>& known,
+                          const std::vector<SqlParameter>& values, std::optional<int64_t> key,
+                          int32_t rows, const Variant& data, bool in_transaction) {
+  switch (series.role) {
+    case SeriesShape::Role::kInsert:
+      if (key) Inserted(known, series.table, values.front().integer, *key, in_transaction);
+      break;
+    case SeriesShape::Role::kKeyedUpdate:
+      if (rows == 0 && values.back().kind == SqlParameter::Kind::Integer) {
+        FoundNoRowAt(series.table, values.back().integer);
+      }
+      break;
+    case SeriesShape::Role::kFirstKey:
+      // One row, whose least key is Null: the study has no row in the series.
+      if (values.front().kind == SqlParameter::Kind::Integer && rows == 1 && data.IsArray() &&
+          data.AsArray()(0, 0).IsNull()) {
+        FoundNoRowsOf(series.table, values.front().integer, in_transaction);
+      }
+      break;
+    case SeriesShape::Role::kNone:
+    case SeriesShape::Role::kRowInsert:
+      break;
+  }
 }
 
 std::string HighestKeySql(int table) {
@@ -105,6 +158,30 @@ SeriesShape ClassifySeriesShape(std::string_view shape, size_t value_count) {
       result.role = SeriesShape::Role::kRowInsert;
       result.compiled = head + ") values (" + std::string(values) + ")";
     }
+    return result;
+  }
+  s = shape;
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  if (Take(s, "select") && value_count == 1 && Take(s, "min(")) {
+    // "select min(KEY) from T where CompanyID = ?"
+    const size_t close = s.find(')');
+    if (close == std::string_view::npos) return result;
+    const std::string_view key = Trimmed(s.substr(0, close));
+    s.remove_prefix(close + 1);
+    while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+    if (!Take(s, "from")) return result;
+    const int table = TakeTable(s);
+    if (table < 0 || !EqualsNoCase(key, AllTables()[table].key) || !Take(s, "where")) {
+      return result;
+    }
+    const size_t equals = s.find('=');
+    if (equals == std::string_view::npos ||
+        !EqualsNoCase(Trimmed(s.substr(0, equals)), GetTable(TableId::Company).key) ||
+        Trimmed(s.substr(equals + 1)) != "?") {
+      return result;
+    }
+    result.role = SeriesShape::Role::kFirstKey;
+    result.table = table;
     return result;
   }
   s = shape;

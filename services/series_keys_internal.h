@@ -6,10 +6,16 @@
 #define KWX_SERVICES_SERIES_KEYS_INTERNAL_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kwx {
+
+class Variant;
+struct SqlParameter;
 
 struct SeriesShape {
   enum class Role : uint8_t {
@@ -22,6 +28,9 @@ struct SeriesShape {
     // An update of one series row by its key: "update T set ... where KEY = ?", the key the
     // last value.
     kKeyedUpdate,
+    // The loader's query of a series' first key for a study:
+    // "select min(KEY) from T where CompanyID = ?".
+    kFirstKey,
     // An insert of one row into any other table by a select of lifted values alone. `compiled`
     // is the same row as a values list.
     kRowInsert,
@@ -40,6 +49,43 @@ bool HasStudyBlock(int64_t company_id);
 
 // True when `key` lies in the key block of study `company_id` (false for a study without one).
 bool InStudyBlock(int64_t key, int64_t company_id);
+
+// What a database object knows, from the statement it ran last, of the key the next insert of
+// a series row takes, for the very next statement only (see kSeriesKeyBlock).
+class SeriesKeyMemo {
+ public:
+  struct Known {
+    int table;    // the series table, as its index among AllTables()
+    int64_t key;  // free
+    bool run;     // the keys after it in its block are free too
+  };
+
+  // Taken as each statement starts, so that it holds for that statement alone.
+  std::optional<Known> Take() noexcept { return std::exchange(known_, std::nullopt); }
+  // Another program may write between transactions, and an undone level may hold rows.
+  void Forget() noexcept { known_.reset(); }
+
+  // The key an insert of a row of series `table` for study `company` takes by `known`, or
+  // nothing when the table must be asked.
+  static std::optional<int64_t> KeyFor(const std::optional<Known>& known, int table,
+                                       int64_t company);
+  // After a statement that succeeded: an insert that gave its row `key` (`before` what was
+  // known as it started), an update by key that found no row at `key`, a first-key query
+  // that found no row of study `company`. What an insert or a query learns holds only inside a
+  // transaction: outside one, another program may write before the next statement.
+  void Inserted(const std::optional<Known>& before, int table, int64_t company, int64_t key,
+                bool in_transaction) noexcept;
+  void FoundNoRowAt(int table, int64_t key) noexcept;
+  void FoundNoRowsOf(int table, int64_t company, bool in_transaction) noexcept;
+  // All a statement of `series`'s role that succeeded tells, by its values, the key it gave its
+  // row (`known` what was known as it started), its rows and its answer.
+  void Learn(const SeriesShape& series, const std::optional<Known>& known,
+             const std::vector<SqlParameter>& values, std::optional<int64_t> key, int32_t rows,
+             const Variant& data, bool in_transaction);
+
+ private:
+  std::optional<Known> known_;
+};
 
 // A query of the highest key of series table `table` (an index among AllTables()) in the block
 // of the study given as parameter 1; NULL when the block is empty.

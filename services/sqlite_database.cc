@@ -191,7 +191,8 @@ bool Run(sqlite3* db, sqlite3_stmt* stmt, StatementCache::Entry* entry, int32_t&
 void SqliteDatabase::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
 
 SqliteDatabase::SqliteDatabase()
-    : statements_(std::make_unique<StatementCache>(kCachedStatements)) {}
+    : statements_(std::make_unique<StatementCache>(kCachedStatements)),
+      series_keys_(std::make_unique<SeriesKeyMemo>()) {}
 
 // Closing finalizes the compiled statements first; a connection closed with live statements
 // would linger, and all its memory with it.
@@ -212,8 +213,7 @@ void SqliteDatabase::Close() noexcept {
   }
   db_.reset();
   depth_ = 0;
-  free_series_key_.reset();
-  last_series_key_.reset();
+  series_keys_->Forget();
 }
 
 bool SqliteDatabase::RunInternal(const char* sql) noexcept {
@@ -372,8 +372,7 @@ bool SqliteDatabase::ExecuteOne(const std::string& sql, Variant& fields, Variant
     if (std::optional<bool> ok = RunShape(lifted.shape, lifted.values, fields, data)) return *ok;
   } else {
     // Series keys learned from the statement before hold for the next statement only.
-    free_series_key_.reset();
-    last_series_key_.reset();
+    series_keys_->Forget();
   }
 
   const std::string text = lifted.lifted ? TranslateJetSql(sql) : std::move(lifted.shape);
@@ -399,10 +398,8 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
                                              const std::vector<SqlParameter>& values,
                                              Variant& fields, Variant& data,
                                              StatementSlot* slot) {
-  // A key an update of a series row just found free, for the insert that may follow it, and
-  // the key the statement before this one inserted: both hold for the next statement only.
-  const std::optional<FreeSeriesKey> free_key = std::exchange(free_series_key_, std::nullopt);
-  const std::optional<FreeSeriesKey> last_key = std::exchange(last_series_key_, std::nullopt);
+  // What the statement before this one learned of the next series key holds for this one only.
+  const std::optional<SeriesKeyMemo::Known> known = series_keys_->Take();
   StatementCache::Slot* kept = slot != nullptr ? &slot->slot : nullptr;
   StatementCache::Entry* entry = statements_->Find(shape, kept);
   if (entry == nullptr) {
@@ -437,9 +434,12 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
     if (role == SeriesShape::Role::kInsert) {
       // A key the insert takes; without one (a block that is full, a study ID out of range)
       // the key is left to the database and the key trigger.
-      last_series_key_ = last_key;
-      key = NewSeriesKey(entry->series.table, values.front(), free_key);
-      last_series_key_.reset();
+      const SqlParameter& company = values.front();
+      std::optional<int64_t> known_key;
+      if (company.kind == SqlParameter::Kind::Integer) {
+        known_key = SeriesKeyMemo::KeyFor(known, entry->series.table, company.integer);
+      }
+      key = NewSeriesKey(entry->series.table, company, known_key);
       const int place = static_cast<int>(values.size()) + 1;
       if (key) {
         sqlite3_bind_int64(entry->stmt, place, *key);
@@ -453,15 +453,8 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
       last_error_ = sqlite3_errmsg(db_.get());
       NoteLockFailure();
     }
-    // Only a key after the block's highest is known to have none after it; a hole filled
-    // may have a row right after it.
-    // Outside a transaction another program may write between two statements.
-    if (ok && key && depth_ > 0 && !(free_key && *key == free_key->key)) {
-      last_series_key_ = FreeSeriesKey{entry->series.table, *key};
-    }
-    if (ok && role == SeriesShape::Role::kKeyedUpdate && row_count_ == 0 &&
-        values.back().kind == SqlParameter::Kind::Integer) {
-      free_series_key_ = FreeSeriesKey{entry->series.table, values.back().integer};
+    if (ok) {
+      series_keys_->Learn(entry->series, known, values, key, row_count_, data, depth_ > 0);
     }
     sqlite3_reset(entry->stmt);
     // Every value is bound again on the next run; only the texts, bound without a copy, must
@@ -475,18 +468,15 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
 }
 
 std::optional<int64_t> SqliteDatabase::NewSeriesKey(int table, const SqlParameter& company,
-                                                     const std::optional<FreeSeriesKey>& free) {
+                                                    std::optional<int64_t> known) {
   if (company.kind != SqlParameter::Kind::Integer || !HasStudyBlock(company.integer)) {
     return std::nullopt;  // no block to take a key in: the key trigger decides
   }
   const int64_t id = company.integer;
-  if (free && free->table == table && InStudyBlock(free->key, id)) return free->key;
   // A save inserts a series' rows one after another: the row after the last one inserted
-  // takes the next key without asking the table again (nothing else ran in between).
-  if (last_series_key_ && last_series_key_->table == table &&
-      InStudyBlock(last_series_key_->key, id) && InStudyBlock(last_series_key_->key + 1, id)) {
-    return last_series_key_->key + 1;
-  }
+  // takes the next key without asking the table again (nothing else ran in between), as does
+  // a row an update just found missing, or the first row of a series the study has no rows of.
+  if (known) return known;
   if (static_cast<size_t>(table) >= highest_key_.size()) highest_key_.resize(table + 1);
   sqlite3_stmt*& query = highest_key_[table];
   if (query == nullptr &&
@@ -514,8 +504,7 @@ int32_t SqliteDatabase::lngRowCount() { return row_count_; }
 
 void SqliteDatabase::BeginTrans() {
   // Another program may write between transactions, and an undone level may hold the row.
-  last_series_key_.reset();
-  free_series_key_.reset();
+  series_keys_->Forget();
   if (!db_) return;
   if (depth_ > 0 && sqlite3_get_autocommit(db_.get())) depth_ = 0;  // ended by a statement
   if (!RunInternal(depth_ == 0 ? kBegin : kSavepoint)) {
@@ -528,8 +517,7 @@ void SqliteDatabase::BeginTrans() {
 
 void SqliteDatabase::CommitTrans() {
   // Another program may write between transactions, and an undone level may hold the row.
-  last_series_key_.reset();
-  free_series_key_.reset();
+  series_keys_->Forget();
   if (!db_ || depth_ == 0) return;
   if (sqlite3_get_autocommit(db_.get())) {
     depth_ = 0;
@@ -556,8 +544,7 @@ void SqliteDatabase::CommitTrans() {
 
 void SqliteDatabase::RollbackTrans() {
   // Another program may write between transactions, and an undone level may hold the row.
-  last_series_key_.reset();
-  free_series_key_.reset();
+  series_keys_->Forget();
   if (!db_ || depth_ == 0) return;
   if (sqlite3_get_autocommit(db_.get())) {
     depth_ = 0;

@@ -23,6 +23,7 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 namespace kwx {
+class SeriesKeyMemo;
 struct SqlParameter;
 namespace sqlite_support {
 class StatementCache;
@@ -163,15 +164,8 @@ class SqliteDatabase final : public DatabaseEngine {
   bool upgrade_allowed_ = true;
   int busy_timeout_ms_ = 30000;
   bool lock_failure_ = false;
-  // Set by an update of a series row by its key that found no row, for the very next
-  // statement only: an insert into that series then takes that key (series_keys_internal.h).
-  struct FreeSeriesKey {
-    int table;
-    int64_t key;
-  };
-  std::optional<FreeSeriesKey> free_series_key_;
-  // The key the last statement, an insert of a series row, gave its row (for the next one).
-  std::optional<FreeSeriesKey> last_series_key_;
+  // What the last statement learned of the key the next insert of a series row takes.
+  std::unique_ptr<SeriesKeyMemo> series_keys_;
   // Per template (by its id), how its statements run. The values of the composed statement
   // running now.
   std::unordered_map<uint64_t, TemplateRun> template_shapes_;
@@ -181,8 +175,9 @@ class SqliteDatabase final : public DatabaseEngine {
   // The transaction control statements compiled so far, by their text's constant.
   std::array<std::pair<const char*, sqlite3_stmt*>, 6> control_{};
   // The key the loader's insert of a row of series `table` for the study `company` takes.
+  // `known` is the key what the statement before told gives it, if any.
   std::optional<int64_t> NewSeriesKey(int table, const SqlParameter& company,
-                                      const std::optional<FreeSeriesKey>& free);
+                                      std::optional<int64_t> known);
   std::string last_error_;
   StatementTrace trace_;
 };

@@ -155,6 +155,43 @@ TEST_F(DatabaseTest, SeriesRowsTakeTheirKeysInTheirStudysBlock) {
   EXPECT_FALSE(InStudyBlock(0, std::numeric_limits<int64_t>::max() / kSeriesKeyBlock));
 }
 
+// Right after the series' first-key query found no row of a study, inside a transaction, the
+// study's next row takes its block's first key and the rows after it the keys after that,
+// without the block being asked. What the query told holds for the next statement only, and
+// outside a transaction not at all (another program may write in between): there the block is
+// asked, which a row moved into it (by another program's update of its key) shows.
+TEST_F(DatabaseTest, ANewStudysSeriesRowsStartAtItsBlocksFirstKey) {
+  for (const char* symbol : {"A", "B", "C", "D", "E"}) {
+    ASSERT_TRUE(Exec(std::string("insert into Company (strSymbol, ExchangeID) select '") + symbol +
+                     "', 1"));
+  }
+  // Rows of study 1 moved to the first keys of the blocks of studies 4 and 5.
+  for (const char* sql : {"insert into Yearly (CompanyID, Year) select 1, 2001",
+                          "insert into Yearly (CompanyID, Year) select 1, 2002",
+                          "Update Yearly set YearlyID = 262144 where YearlyID = 65536",
+                          "Update Yearly set YearlyID = 327680 where YearlyID = 65537"}) {
+    ASSERT_TRUE(Exec(sql)) << sql;
+  }
+  const std::string first_key = "select min(YearlyID) from Yearly where CompanyID = ";
+  auto insert = [](int study, int year) {
+    return "insert into Yearly (CompanyID, Year) select " + std::to_string(study) + ", " +
+           std::to_string(year);
+  };
+  db_.BeginTrans();
+  ASSERT_TRUE(Exec(first_key + "3"));
+  ASSERT_TRUE(Exec(insert(3, 2020)));
+  ASSERT_TRUE(Exec(insert(3, 2019)));
+  ASSERT_TRUE(Exec(first_key + "4"));
+  ASSERT_TRUE(Exec("select 1"));
+  EXPECT_TRUE(Exec(insert(4, 2020))) << "the block is asked again";
+  db_.CommitTrans();
+  ASSERT_TRUE(Exec(first_key + "5"));
+  EXPECT_TRUE(Exec(insert(5, 2020))) << "outside a transaction the block is asked";
+  EXPECT_EQ(Column("select YearlyID || ':' || CompanyID || ':' || Year from Yearly "
+                   "where CompanyID > 1 order by YearlyID"),
+            "196608:3:2020;196609:3:2019;262145:4:2020;327681:5:2020;");
+}
+
 // The loader's inserts of one row, every value lifted, compile as a row of values: a series
 // row's with its key as one more value, any other table's as it stands. Shapes holding
 // anything else run as they are.
@@ -181,6 +218,15 @@ TEST(SeriesShapes, InsertsOfOneRowOfLiftedValuesCompileAsARowOfValues) {
       {"insert into NoSuchTable (a) select ?", 1, SeriesShape::Role::kNone, ""},
       {"Update Yearly set Year=? where YearlyID = ?", 2, SeriesShape::Role::kKeyedUpdate, ""},
       {"Update Notes set Notes = ? where CompanyID = ?", 2, SeriesShape::Role::kNone, ""},
+      {"select min(YearlyID) from Yearly where CompanyID = ?", 1, SeriesShape::Role::kFirstKey, ""},
+      {"SELECT MIN( \"YearlyID\" ) FROM Yearly WHERE CompanyID=?", 1, SeriesShape::Role::kFirstKey,
+       ""},
+      // Another column's least value, another condition, a condition with more to it.
+      {"select min(Year) from Yearly where CompanyID = ?", 1, SeriesShape::Role::kNone, ""},
+      {"select min(YearlyID) from Yearly where Year = ?", 1, SeriesShape::Role::kNone, ""},
+      {"select min(YearlyID) from Yearly where CompanyID = ? and Year > 2000", 1,
+       SeriesShape::Role::kNone, ""},
+      {"select min(NotesID) from Notes where CompanyID = ?", 1, SeriesShape::Role::kNone, ""},
   };
   for (const Case& c : cases) {
     const SeriesShape shape = ClassifySeriesShape(c.shape, c.values);
