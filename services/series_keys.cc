@@ -1,3 +1,5 @@
+#include "services/series_keys_internal.h"
+
 #include <limits>
 #include <span>
 
@@ -7,7 +9,6 @@
 #include "model/schema.h"
 #include "services/jet_dialect.h"
 #include "services/schema_ddl_internal.h"
-#include "services/series_keys_internal.h"
 
 namespace kwx {
 namespace {
