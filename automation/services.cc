@@ -13,12 +13,14 @@ StatementTemplate::StatementTemplate() {
 
 void ComposedStatement::SetSingle(size_t i, float v) {
   if (singles.size() != literals.size()) singles.resize(literals.size());
-  singles[i] = v;
+  Single& single = singles[i].emplace();
+  single.number = v;
+  single.read = SingleTextNumber(v, single.whole, single.real);
   literals[i].clear();
 }
 
 std::string ComposedStatement::Literal(size_t i) const {
-  if (i < singles.size() && singles[i]) return NumberText(*singles[i]);
+  if (i < singles.size() && singles[i]) return NumberText(singles[i]->number);
   return literals[i];
 }
 
