@@ -544,28 +544,6 @@ std::string NumberText(float v) { return NumberTextOf(v, 7, true); }
 
 bool SingleSevenDigits(float v, uint32_t& n, int& e) { return SevenDigits(v, n, e); }
 
-int SingleTextNumber(float v, int64_t& whole, double& real) {
-  whole = 0;
-  real = 0;
-  if (v == 0) return 1;
-  static constexpr double kScales[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
-  uint32_t n = 0;
-  int e = 0;
-  if (!SevenDigits(v, n, e) || e > 6) return 0;
-  // n / 10^(6 - e) is the decimal's value, one correctly rounded division of exact values as
-  // a reading of the text gives, trailing zeros or not. It is whole exactly when the decimal
-  // is: a fraction is at least 10^(e - 6) from a whole number, far more than the spacing of
-  // doubles there.
-  const double q = static_cast<double>(n) / kScales[6 - e];
-  if (q == std::trunc(q)) {
-    whole = static_cast<int64_t>(q);
-    if (v < 0) whole = -whole;
-    return 1;
-  }
-  real = v < 0 ? -q : q;
-  return 2;
-}
-
 std::string NumberText(double v) { return NumberTextOf(v, 15, false); }
 
 double RoundHalfEven(double v) { return static_cast<double>(RoundHalfEvenLong(v)); }

@@ -59,11 +59,6 @@ std::string NumberText(float v);
 // The seven digits NumberText(v) rounds a Single to: |v| is `n` times 10^(e - 6), `n` of seven
 // digits (trailing zeros kept). False below 1E-4 or from 1E7 on (and for 0 and non-finite v).
 bool SingleSevenDigits(float v, uint32_t& n, int& e);
-// The number NumberText(v) reads back as, worked out without writing the text, for 0 and the
-// magnitudes of SingleSevenDigits: 1 when it is whole (then in `whole`), 2 when it is not (then
-// `real`, the double nearest the decimal, as a correctly rounded reading of the text gives).
-// 0 for other magnitudes and for v not finite: their text must be read.
-int SingleTextNumber(float v, int64_t& whole, double& real);
 std::string NumberText(double v);
 
 // Rounds half to even to a whole number (the integer conversions' rounding).

@@ -13,14 +13,12 @@ StatementTemplate::StatementTemplate() {
 
 void ComposedStatement::SetSingle(size_t i, float v) {
   if (singles.size() != literals.size()) singles.resize(literals.size());
-  Single& single = singles[i].emplace();
-  single.number = v;
-  single.read = SingleTextNumber(v, single.whole, single.real);
+  singles[i] = v;
   literals[i].clear();
 }
 
 std::string ComposedStatement::Literal(size_t i) const {
-  if (i < singles.size() && singles[i]) return NumberText(singles[i]->number);
+  if (i < singles.size() && singles[i]) return NumberText(*singles[i]);
   return literals[i];
 }
 

@@ -45,21 +45,12 @@ struct StatementTemplate {
 struct ComposedStatement {
   const StatementTemplate* shape = nullptr;
   std::vector<std::string> literals;
-  // A finite Single kept as its number, with the number its text reads back as
-  // (SingleTextNumber, worked out when the value is set: whoever composes the statement pays
-  // for it, not the database that runs it).
-  struct Single {
-    float number = 0;
-    int read = 0;  // SingleTextNumber's answer: 1 `whole`, 2 `real`, 0 read the text
-    int64_t whole = 0;
-    double real = 0;
-  };
-  // Per value (when not empty), a Single kept as its number: its literal is then NumberText of
-  // it, written only when Literal() or Text() asks, so that a database binding the values need
-  // not write a text to read it back.
-  std::vector<std::optional<Single>> singles;
+  // Per value (when not empty), a finite Single kept as its number: its literal is then
+  // NumberText of it, written only when Literal() or Text() asks, so that a database binding
+  // the values need not write a text to read it back.
+  std::vector<std::optional<float>> singles;
 
-  // Value `i` as the number `v` of a Single column (finite).
+  // Value `i` as the number `v` of a Single column.
   void SetSingle(size_t i, float v);
   // Value `i`'s text (its literal, or NumberText of its number).
   std::string Literal(size_t i) const;

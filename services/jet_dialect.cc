@@ -613,17 +613,30 @@ bool IsDateColumn(std::string_view name) {
 
 bool SingleParameter(float v, SqlParameter& value) {
   if (!std::isfinite(v)) return false;
-  switch (SingleTextNumber(v, value.integer, value.real)) {
-    case 1:
-      value.kind = SqlParameter::Kind::Integer;
-      return true;
-    case 2:
+  value.kind = SqlParameter::Kind::Integer;
+  value.integer = 0;
+  if (v == 0) return true;
+  static constexpr double kScales[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
+                                       1e6, 1e7, 1e8, 1e9, 1e10};
+  uint32_t n = 0;
+  int e = 0;
+  if (SingleSevenDigits(v, n, e) && e <= 6) {
+    // The usual magnitudes: n / 10^(6 - e) is the decimal's value, one correctly rounded
+    // division of exact values as NumberValue reads the text, trailing zeros or not. It is
+    // whole exactly when the decimal is: a fraction is at least 10^(e - 6) from a whole
+    // number, far more than the spacing of doubles there.
+    const double q = static_cast<double>(n) / kScales[6 - e];
+    if (q == std::trunc(q)) {
+      value.integer = static_cast<int64_t>(q);
+      if (v < 0) value.integer = -value.integer;
+    } else {
       value.kind = SqlParameter::Kind::Real;
-      return true;
-    default:
-      // Outside those magnitudes the text has an exponent part and goes by its text.
-      return LiteralParameter(NumberText(v), false, value);
+      value.real = v < 0 ? -q : q;
+    }
+    return true;
   }
+  // Outside those magnitudes the text has an exponent part and goes by its text.
+  return LiteralParameter(NumberText(v), false, value);
 }
 
 bool LiteralParameter(std::string_view literal, bool date_column, SqlParameter& value) {

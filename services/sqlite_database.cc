@@ -102,23 +102,6 @@ void Bind(sqlite3_stmt* stmt, const std::vector<SqlParameter>& values) {
   }
 }
 
-// The parameter of a Single kept as its number: what its text reads back as, worked out when
-// the statement was composed, or else read from the number now.
-bool SingleValue(const ComposedStatement::Single& single, SqlParameter& value) {
-  switch (single.read) {
-    case 1:
-      value.kind = SqlParameter::Kind::Integer;
-      value.integer = single.whole;
-      return true;
-    case 2:
-      value.kind = SqlParameter::Kind::Real;
-      value.real = single.real;
-      return true;
-    default:
-      return SingleParameter(single.number, value);
-  }
-}
-
 // Lets go of the texts Bind bound without a copy.
 void Unbind(sqlite3_stmt* stmt, const std::vector<SqlParameter>& values) {
   for (size_t i = 0; i < values.size(); ++i) {
@@ -352,12 +335,10 @@ bool SqliteDatabase::blnExecuteComposed(const ComposedStatement& statement, Vari
   }
   composed_values_.resize(statement.literals.size());
   for (size_t i = 0; i < statement.literals.size(); ++i) {
-    const auto* single = i < statement.singles.size() && statement.singles[i].has_value()
-                             ? &*statement.singles[i]
-                             : nullptr;
-    if (!(single != nullptr ? SingleValue(*single, composed_values_[i])
-                            : LiteralParameter(statement.literals[i], run->date_columns[i],
-                                               composed_values_[i])) ||
+    const bool single = i < statement.singles.size() && statement.singles[i].has_value();
+    if (!(single ? SingleParameter(*statement.singles[i], composed_values_[i])
+                 : LiteralParameter(statement.literals[i], run->date_columns[i],
+                                    composed_values_[i])) ||
         (composed_values_[i].kind == SqlParameter::Kind::Text && i >= run->condition_from)) {
       return IDatabase::blnExecuteComposed(statement, fields, data);
     }
