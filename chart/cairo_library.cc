@@ -2,10 +2,6 @@
 
 namespace kwx::cairo_library {
 
-LazyLibrary<Functions> library("libcairo.so.2", "Drawing a PNG or PDF chart",
-                               [](void* handle, Functions& functions) -> const char* {
-                                 KWX_CAIRO_FUNCTIONS(KWX_LAZY_RESOLVE)
-                                 return nullptr;
-                               });
+KWX_LAZY_LIBRARY(library, "libcairo.so.2", "Drawing a PNG or PDF chart", KWX_CAIRO_FUNCTIONS);
 
 }  // namespace kwx::cairo_library

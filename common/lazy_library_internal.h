@@ -69,6 +69,14 @@ class LazyLibrary {
   if (functions.name == nullptr) return #name;
 // Declares `NAME` as a pointer to the function ::NAME, in a struct of functions.
 #define KWX_LAZY_POINTER(name) decltype(&::name) name = nullptr;
+// Defines `variable`, the LazyLibrary of `soname` whose struct `Functions` holds the functions
+// of the X-macro `FUNCTIONS` (declared with KWX_LAZY_POINTER), resolved by name.
+#define KWX_LAZY_LIBRARY(variable, soname, purpose, FUNCTIONS)                            \
+  LazyLibrary<Functions> variable(soname, purpose,                                        \
+                                  [](void* handle, Functions& functions) -> const char* { \
+                                    FUNCTIONS(KWX_LAZY_RESOLVE)                           \
+                                    return nullptr;                                       \
+                                  })
 
 }  // namespace kwx
 

@@ -2,10 +2,6 @@
 
 namespace kwx::libpq {
 
-LazyLibrary<Functions> library("libpq.so.5", "PostgreSQL",
-                               [](void* handle, Functions& functions) -> const char* {
-                                 KWX_LIBPQ_FUNCTIONS(KWX_LAZY_RESOLVE)
-                                 return nullptr;
-                               });
+KWX_LAZY_LIBRARY(library, "libpq.so.5", "PostgreSQL", KWX_LIBPQ_FUNCTIONS);
 
 }  // namespace kwx::libpq

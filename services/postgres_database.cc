@@ -540,11 +540,8 @@ bool PostgresDatabase::ExecuteOne(const std::string& sql, Variant& fields, Varia
     if (prepared != nullptr) {
       if (prepared->series.role == SeriesShape::Role::kInsert) {
         const SqlParameter& company = lifted.values.front();
-        std::optional<int64_t> known_key;
-        if (company.kind == SqlParameter::Kind::Integer) {
-          known_key = SeriesKeyMemo::KeyFor(known, prepared->series.table, company.integer);
-        }
-        key = NewSeriesKey(prepared->series.table, company, known_key);
+        key = NewSeriesKey(prepared->series.table, company,
+                           SeriesKeyMemo::KeyFor(known, prepared->series.table, company));
         // Without a key (a full block) the key trigger decides.
         texts.resize(lifted.values.size());
         if (key) texts.push_back(std::to_string(*key));

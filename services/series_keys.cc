@@ -59,8 +59,11 @@ bool InStudyBlock(int64_t key, int64_t company_id) {
 }
 
 std::optional<int64_t> SeriesKeyMemo::KeyFor(const std::optional<Known>& known, int table,
-                                             int64_t company) {
-  if (known && known->table == table && InStudyBlock(known->key, company)) return known->key;
+                                             const SqlParameter& company) {
+  if (known && known->table == table && company.kind == SqlParameter::Kind::Integer &&
+      InStudyBlock(known->key, company.integer)) {
+    return known->key;
+  }
   return std::nullopt;
 }
 

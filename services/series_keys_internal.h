@@ -65,10 +65,10 @@ class SeriesKeyMemo {
   // Another program may write between transactions, and an undone level may hold rows.
   void Forget() noexcept { known_.reset(); }
 
-  // The key an insert of a row of series `table` for study `company` takes by `known`, or
-  // nothing when the table must be asked.
+  // The key an insert of a row of series `table` for study `company` (the insert's first
+  // value) takes by `known`, or nothing when the table must be asked or the value is no ID.
   static std::optional<int64_t> KeyFor(const std::optional<Known>& known, int table,
-                                       int64_t company);
+                                       const SqlParameter& company);
   // After a statement that succeeded: an insert that gave its row `key` (`before` what was
   // known as it started), an update by key that found no row at `key`, a first-key query
   // that found no row of study `company`. What an insert or a query learns holds only inside a

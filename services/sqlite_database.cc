@@ -435,11 +435,8 @@ std::optional<bool> SqliteDatabase::RunShape(const std::string& shape,
       // A key the insert takes; without one (a block that is full, a study ID out of range)
       // the key is left to the database and the key trigger.
       const SqlParameter& company = values.front();
-      std::optional<int64_t> known_key;
-      if (company.kind == SqlParameter::Kind::Integer) {
-        known_key = SeriesKeyMemo::KeyFor(known, entry->series.table, company.integer);
-      }
-      key = NewSeriesKey(entry->series.table, company, known_key);
+      key = NewSeriesKey(entry->series.table, company,
+                         SeriesKeyMemo::KeyFor(known, entry->series.table, company));
       const int place = static_cast<int>(values.size()) + 1;
       if (key) {
         sqlite3_bind_int64(entry->stmt, place, *key);
