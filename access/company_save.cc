@@ -380,16 +380,16 @@ bool SaveRecord(const StoreContext& store, IDatabase& db, Company& company,
 // nothing: leaves the element out, or inserts it as a new row.
 enum class MissingRow : bool { kSkip, kInsert };
 
+// How an update writes its "COLUMN=VALUE" pairs: the sign alone, or with a blank each side.
+enum class Pairs : bool { kTight, kSpaced };
+
 // One series by the shared scheme: the company's rows, found from its smallest key, are
 // overwritten element by element; with no rows yet, one row per element is inserted.
 // `derive(row, i)` sets the columns computed from the element's place. The database keeps a
 // study's series rows in a key block of its own, so "the smallest key plus i" is always a row
-// of this study or no row at all, never another study's row.
-// How an update writes its "COLUMN=VALUE" pairs: the sign alone, or with a blank each side.
-enum class Pairs : bool { kTight, kSpaced };
-
-// The pairs are a template argument: each instantiation keeps the templates it writes
-// (SiteTemplate), whose text depends on them.
+// of this study or no row at all, never another study's row. The pairs are a template
+// argument: each instantiation keeps the templates it writes (SiteTemplate), whose text
+// depends on them.
 template <Pairs kPairs, class Row, class Derive>
 bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector<Row>& series,
                 size_t count, Derive derive, const char* location,

@@ -33,9 +33,9 @@ std::string_view DeclaredTypeName(ColumnType type,
 // row the key after the highest of its study's block (the block's first key when it is empty),
 // or, right after an update of that series found no row at key K of the block, K itself, so a
 // save that fills a hole fills it where the hole is; right after the series' first-key query
-// found no row of the study, inside a transaction, the block is empty and is not asked again. Any other insert (a host's own, or one that
-// asked for a key outside the study's block) is moved by the trigger below to the lowest free
-// key of the block.
+// found no row of the study, inside a transaction, the block is empty and is not asked again.
+// Any other insert (a host's own, or one that asked for a key outside the study's block) is
+// moved by the trigger below to the lowest free key of the block.
 inline constexpr int64_t kSeriesKeyBlock = 65536;
 
 // The index of Series table `table` by study, in key order on `engine` (SQLite's index holds
