@@ -278,8 +278,10 @@ class Bench {
                 "queries\n",
                 side.count(), saves_[0]->size(), loads_[0]->size());
     std::printf("raw side: the same rows by prepared inserts, journal_mode=WAL, "
-                "synchronous=FULL, foreign_keys=ON, temp_store=MEMORY, a 2 MB page cache; a "
+                "synchronous=FULL, foreign_keys=ON, %s, a 2 MB page cache; a "
                 "savepoint per study, %d studies per durable commit when batched\n\n",
+                SetUpRawSqlite() ? "statement journals in memory in one 1 MB block"
+                                 : "temp_store=MEMORY",
                 kBatch);
   }
 
@@ -813,6 +815,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "kwx-bench: --db names a PostgreSQL server: add --engine postgresql\n");
     return 2;
   }
+  // Before anything opens a connection: SQLite takes process-wide settings only then.
+  SetUpRawSqlite();
   kwx::RegisterBuiltinServices();
   const fs::path dir = fs::temp_directory_path() / ("kwx-bench-" + std::to_string(::getpid()));
   fs::create_directories(dir);

@@ -173,12 +173,17 @@ int64_t RowWriter::Save(sqlite3* db, std::string_view symbol, bool own_transacti
   return ok ? id : 0;
 }
 
+bool SetUpRawSqlite() {
+  static const bool set = sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, 1 << 20) == SQLITE_OK;
+  return set;
+}
+
 void ApplyRawSettings(sqlite3* db) {
   for (const char* sql : {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL",
-                          "PRAGMA foreign_keys = ON", "PRAGMA temp_store = MEMORY",
-                          "PRAGMA cache_size = -2048"}) {
+                          "PRAGMA foreign_keys = ON", "PRAGMA cache_size = -2048"}) {
     sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
   }
+  if (!SetUpRawSqlite()) sqlite3_exec(db, "PRAGMA temp_store = MEMORY", nullptr, nullptr, nullptr);
   sqlite3_busy_timeout(db, 5000);
 }
 

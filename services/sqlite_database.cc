@@ -247,6 +247,7 @@ bool SqliteDatabase::RollbackLevel() noexcept {
 bool SqliteDatabase::blnOpenDatabase(std::string& path) {
   Close();
   last_error_.clear();
+  const bool journals_in_memory = sqlite_support::PrepareSqliteLibrary();
   std::unique_ptr<sqlite3, Closer> db(OpenExisting(path, busy_timeout_ms_, last_error_));
   if (!db) return false;
   // Safety first (see the class comment): a commit is on disk when it returns. The journal
@@ -260,11 +261,15 @@ bool SqliteDatabase::blnOpenDatabase(std::string& path) {
     last_error_ = sqlite3_errmsg(db.get());
     return false;
   }
-  // Speed without giving up safety. A study saved inside a batch is a savepoint, whose
-  // statement journal SQLite keeps in a temporary file by default: one small write per
-  // statement. In memory it costs nothing, and it only serves undoing the level, never
-  // durability. The page cache stays small (kCacheSize).
-  sqlite3_exec(db.get(), "PRAGMA temp_store = MEMORY", nullptr, nullptr, nullptr);
+  // Speed without giving up safety. A study saved inside a batch is a savepoint, and each
+  // insert into a series table a statement journal of its own; those journals only serve
+  // undoing a level, never durability, so they are kept in memory: in one block
+  // (PrepareSqliteLibrary) or, where the process had set SQLite up before, as SQLite's own
+  // in-memory journal (temp_store=MEMORY), which is slower but never writes a temporary file
+  // a statement at a time. The page cache stays small (kCacheSize).
+  if (!journals_in_memory) {
+    sqlite3_exec(db.get(), "PRAGMA temp_store = MEMORY", nullptr, nullptr, nullptr);
+  }
   sqlite3_exec(db.get(), kCacheSize, nullptr, nullptr, nullptr);
   if (!UpgradeSchema(db.get(), upgrade_allowed_, last_error_)) return false;
   db_ = std::move(db);

@@ -214,10 +214,13 @@ int CompareNoCaseCollation(void*, int a_size, const void* a, int b_size, const v
                        std::string_view(static_cast<const char*>(b), b_size));
 }
 
-void PrepareSqliteLibrary() {
-  // SQLite refuses the setting (SQLITE_MISUSE) once it is initialised: that answer is fine.
-  static const int once = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-  (void)once;
+bool PrepareSqliteLibrary() {
+  // SQLite refuses a setting (SQLITE_MISUSE) once it is initialised: the host's stand then.
+  static const bool spill_set = [] {
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    return sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kStatementJournalSpill) == SQLITE_OK;
+  }();
+  return spill_set;
 }
 
 bool RegisterJetFunctions(sqlite3* db) {
