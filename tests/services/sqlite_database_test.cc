@@ -196,6 +196,40 @@ TEST_F(DatabaseTest, CreatedInWalModeAndOpeningKeepsTheJournalMode) {
   EXPECT_EQ(Scalar("PRAGMA journal_mode").AsString(), "delete");
 }
 
+// The open temporary files of this process that SQLite made (it names them so and unlinks them
+// at once: they show only as open descriptors).
+int OpenSqliteTemporaryFiles() {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code ec;
+    const std::filesystem::path target = std::filesystem::read_symlink(entry.path(), ec);
+    if (!ec && target.string().find("etilqs_") != std::string::npos) ++count;
+  }
+  return count;
+}
+
+// What a level inside a batch journals, so that it can be undone alone, stays in memory: as a
+// temporary file it cost one small write per page, and a bulk import crawled.
+TEST_F(DatabaseTest, ALevelInsideABatchJournalsInMemoryAndUndoesAlone) {
+  if (testing::OnServer()) GTEST_SKIP() << "a SQLite connection's temporary files";
+  ASSERT_TRUE(Exec("insert into Company (strSymbol, ExchangeID) select 'A', 1"));
+  db_.BeginTrans();
+  // Some 80 pages of rows written before the level: the level journals each page it changes.
+  for (int year = 0; year < 6000; ++year) {
+    ASSERT_TRUE(Exec("insert into Yearly (CompanyID, Year, Sales, EPS) select 1, " +
+                     std::to_string(year) + ", 1, 1"));
+  }
+  db_.BeginTrans();
+  ASSERT_TRUE(Exec("update Yearly set Sales = 2, EPS = 1234567"));
+  const int temporary_files = OpenSqliteTemporaryFiles();
+  db_.RollbackTrans();
+  EXPECT_EQ(CDbl(Scalar("select sum(Sales) from Yearly")), 6000)
+      << "undoing the level restores every page it changed";
+  db_.CommitTrans();
+  EXPECT_EQ(temporary_files, 0);
+  EXPECT_EQ(Scalar("select count(*) from Yearly").AsLong(), 6000);
+}
+
 TEST_F(DatabaseTest, DateDiffComparesStoredDatesByDay) {
   ASSERT_TRUE(Exec("insert into DJAverages (DJDate, sngUtilities, sngTransportation, "
                    "sngIndustrials) select '11/22/2026',1,2,3"));
