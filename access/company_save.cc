@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -547,8 +548,11 @@ bool SaveSteps(const StoreContext& store, IDatabase& db, Company& company,
   auto latest_first = [&](YearlyRow& row, int i) {
     row.Year = static_cast<int16_t>(Year(last_fy) - i);
   };
+  // Read when the first quarterly row needs it: what the dates raise is the quarterly save's.
+  std::optional<QuarterlyElements> quarters;
   auto by_quarter = [&](QuarterlyRow& row, int i) {
-    const FiscalQuarter q = QuarterOfElement(i, latest_q, last_fy);
+    if (!quarters) quarters.emplace(latest_q, last_fy);
+    const FiscalQuarter q = quarters->Of(i);
     row.Quarter = q.quarter;
     row.Year = q.year;
   };

@@ -27,8 +27,22 @@ FiscalQuarter FiscalQuarterOf(Date day, Date datLastFY);
 
 // Element `i` of the quarterly series: the quarter `i` quarters before the latest one. The
 // latest quarter is the one holding `datLatestQEnding`, or, when that is no plausible date,
-// the last quarter of the fiscal year ending `datLastFY`.
+// the last quarter of the fiscal year ending `datLastFY`. Raises what DateAdd raises going
+// back `3 * i` months from there.
 FiscalQuarter QuarterOfElement(int i, Date datLatestQEnding, Date datLastFY);
+
+// QuarterOfElement for every element of one study, its dates read once (a save asks for each
+// quarterly row).
+class QuarterlyElements {
+ public:
+  // Raises what reading the two dates raises.
+  QuarterlyElements(Date datLatestQEnding, Date datLastFY);
+  FiscalQuarter Of(int i) const;
+
+ private:
+  int64_t latest_month_;  // the latest quarter's year * 12 + its month - 1
+  int end_month_;         // the month the fiscal year ends in
+};
 
 }  // namespace kwx
 

@@ -14,19 +14,21 @@ StatementTrace::StatementTrace() {
 bool StatementTrace::SetFile(const std::string& path) {
   file_.close();
   file_.clear();
+  file_open_ = false;
   if (path.empty()) return true;
   file_.open(path, std::ios::out | std::ios::app | std::ios::binary);
-  return file_.is_open();
+  file_open_ = file_.is_open();
+  return file_open_;
 }
 
 void StatementTrace::Write(const std::string& sql, bool ok, int32_t rows) {
-  if (!file_.is_open() && !callback_) return;
+  if (!on()) return;
   nlohmann::ordered_json entry;
   entry["sql"] = sql;
   entry["ok"] = ok;
   entry["rows"] = rows;
   const std::string line = entry.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  if (file_.is_open()) {
+  if (file_open_) {
     file_ << line << '\n';
     file_.flush();
   }

@@ -34,7 +34,7 @@ class StatementTrace {
 
   // True when a line written now goes somewhere (a file or a callback): a statement that is
   // not text yet need only be spelled out then.
-  bool on() const noexcept { return file_.is_open() || static_cast<bool>(callback_); }
+  bool on() const noexcept { return file_open_ || static_cast<bool>(callback_); }
 
   // blnExecute's answer as both engines give it: clears the answer, runs `execute` (which
   // fills `fields`, `data` and `row_count` and answers success, keeping a failure's reason in
@@ -76,6 +76,9 @@ class StatementTrace {
 
  private:
   std::ofstream file_;
+  // Whether file_ is open, kept beside it: asked once per statement, and the stream answers
+  // through a call into the library.
+  bool file_open_ = false;
   Callback callback_;
 };
 
