@@ -16,10 +16,11 @@
 #include "automation/text.h"
 #include "common/helpers.h"
 #include "services/jet_dialect.h"
-#include "services/schema_upgrade_internal.h"
 #include "services/schema_ddl_internal.h"
+#include "services/schema_upgrade_internal.h"
 #include "services/series_keys_internal.h"
 #include "services/sqlite_support_internal.h"
+#include "services/wal_checkpointer_internal.h"
 
 namespace kwx {
 namespace {
@@ -27,6 +28,7 @@ namespace {
 using sqlite_support::DeclaredKind;
 using sqlite_support::StatementCache;
 using sqlite_support::StatementSlot;
+using sqlite_support::WalCheckpointer;
 
 constexpr const char* kSecondStatement =
     "the text holds a second statement (nothing of it was run)";
@@ -199,6 +201,8 @@ SqliteDatabase::SqliteDatabase()
 SqliteDatabase::~SqliteDatabase() { Close(); }
 
 void SqliteDatabase::Close() noexcept {
+  // The log's copier first: it must not copy while closing copies what the log holds.
+  checkpointer_.reset();
   // The statements go first: a connection with live statements would linger unclosed.
   statements_->Clear();
   // Closing rolls back whatever transaction is still open.
@@ -273,6 +277,7 @@ bool SqliteDatabase::blnOpenDatabase(std::string& path) {
   sqlite3_exec(db.get(), kCacheSize, nullptr, nullptr, nullptr);
   if (!UpgradeSchema(db.get(), upgrade_allowed_, last_error_)) return false;
   db_ = std::move(db);
+  checkpointer_ = std::make_unique<WalCheckpointer>(db_.get());
   return true;
 }
 

@@ -28,6 +28,7 @@ struct SqlParameter;
 namespace sqlite_support {
 class StatementCache;
 struct StatementSlot;
+class WalCheckpointer;
 }  // namespace sqlite_support
 
 // One database connection at a time. Statements arrive in the Jet dialect and are translated
@@ -47,7 +48,8 @@ struct StatementSlot;
 // Safety: every connection runs with synchronous=FULL, so each committed transaction is on disk
 // when the commit returns and a power loss cannot undo it (NORMAL under WAL could lose the last
 // commits); foreign keys are enforced. New files are created in WAL mode (create_database.h);
-// opening never changes a file's journal mode. Every statement waits for another program's
+// opening never changes a file's journal mode. The write-ahead log is copied back into the
+// file by a second connection on a thread of its own (wal_checkpointer_internal.h). Every statement waits for another program's
 // lock (up to 30 seconds) instead of failing at once, from the first statement on, and the
 // outermost BeginTrans takes the write lock at once (BEGIN IMMEDIATE).
 //
@@ -159,6 +161,9 @@ class SqliteDatabase final : public DatabaseEngine {
   std::unique_ptr<sqlite3, Closer> db_;
   // Declared after db_ so it is destroyed (its statements finalized) before the connection.
   std::unique_ptr<sqlite_support::StatementCache> statements_;
+  // Copies the connection's write-ahead log into the file off the saving thread; gone before
+  // the connection closes (Close).
+  std::unique_ptr<sqlite_support::WalCheckpointer> checkpointer_;
   int32_t row_count_ = 0;
   int depth_ = 0;
   bool upgrade_allowed_ = true;

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "automation/dates.h"
@@ -228,6 +230,52 @@ TEST_F(DatabaseTest, ALevelInsideABatchJournalsInMemoryAndUndoesAlone) {
   db_.CommitTrans();
   EXPECT_EQ(temporary_files, 0);
   EXPECT_EQ(Scalar("select count(*) from Yearly").AsLong(), 6000);
+}
+
+// Writes `batches` transactions of `rows` rows of about a page each into Industry.
+void WritePages(DatabaseObject& db, int batches, int rows) {
+  const std::string name(3000, 'x');
+  int n = 0;
+  for (int b = 0; b < batches; ++b) {
+    db.BeginTrans();
+    for (int r = 0; r < rows; ++r) {
+      Variant fields, data;
+      ASSERT_TRUE(db.blnExecute("insert into Industry (IndustryCode, Industry) select 0, '" +
+                                    std::to_string(++n) + name + "'",
+                                fields, data));
+    }
+    db.CommitTrans();
+  }
+}
+
+// The write-ahead log is copied into the file while the connection goes on writing, on a
+// thread of its own: the file grows with no further statement and no checkpoint asked for.
+TEST_F(DatabaseTest, TheLogIsCopiedIntoTheFileWhileTheConnectionStaysOpen) {
+  if (testing::OnServer()) GTEST_SKIP() << "a SQLite file's write-ahead log";
+  const auto before = std::filesystem::file_size(path_);
+  WritePages(db_, 1, 200);  // some 200 pages: well short of SQLite's own 1,000
+  bool copied = false;
+  for (int wait = 0; wait < 600 && !copied; ++wait) {
+    copied = std::filesystem::file_size(path_) > before + 150 * 4096;
+    if (!copied) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  EXPECT_TRUE(copied) << "the file stayed at " << std::filesystem::file_size(path_) << " bytes";
+}
+
+// A connection that commits on and on has its log start over: it stays near kInlineFrom pages
+// instead of growing with everything written, and is gone once the connection closes.
+TEST_F(DatabaseTest, TheLogOfALongWriteStaysBoundedAndGoesAtClose) {
+  if (testing::OnServer()) GTEST_SKIP() << "a SQLite file's write-ahead log";
+  WritePages(db_, 60, 100);  // some 6,000 pages
+  const std::string log = path_ + "-wal";
+  ASSERT_TRUE(std::filesystem::exists(log));
+  // Room for copies put off while the thread's copy was under way.
+  EXPECT_LT(std::filesystem::file_size(log), (2000 + 1000) * (4096 + 24));
+  std::string none;
+  ASSERT_TRUE(!db_.blnOpenDatabase(none));  // closes
+  EXPECT_FALSE(std::filesystem::exists(log));
+  ASSERT_TRUE(db_.blnOpenDatabase(path_));
+  EXPECT_EQ(Scalar("select count(*) from Industry where IndustryCode = 0").AsLong(), 6000);
 }
 
 TEST_F(DatabaseTest, DateDiffComparesStoredDatesByDay) {
