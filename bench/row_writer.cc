@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "services/sqlite_support_internal.h"
+
 namespace kwx::bench {
 
 namespace {
@@ -173,10 +175,7 @@ int64_t RowWriter::Save(sqlite3* db, std::string_view symbol, bool own_transacti
   return ok ? id : 0;
 }
 
-bool SetUpRawSqlite() {
-  static const bool set = sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, 1 << 20) == SQLITE_OK;
-  return set;
-}
+bool SetUpRawSqlite() { return sqlite_support::PrepareSqliteLibrary(); }
 
 void ApplyRawSettings(sqlite3* db) {
   for (const char* sql : {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL",

@@ -42,10 +42,11 @@ class RowWriter {
   sqlite3* compiled_on_ = nullptr;
 };
 
-// Sets SQLite up for the process before its first connection, as a program that only stores
-// rows would: statement journals kept in memory as one block of 1 MB (every insert into a table
-// with a trigger journals the pages it changes; grown by the kilobyte, as SQLite's in-memory
-// journal grows, that costs a fifth of the time). Answers whether SQLite took the setting.
+// Sets SQLite up for the process before its first connection as the library sets it up for
+// itself (PrepareSqliteLibrary): statement journals kept in memory as one 1 MB block (every
+// insert into a table with a trigger journals the pages it changes; grown by the kilobyte, as
+// SQLite's in-memory journal grows, that costs a fifth of the time), and a file layer that
+// can write a journal that outgrows it. Answers whether SQLite took the setup.
 bool SetUpRawSqlite();
 
 // The settings a program that only stores rows would choose for the same guarantees (every

@@ -1,5 +1,3 @@
-#include "services/sqlite_support_internal.h"
-
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -10,8 +8,10 @@
 #include "automation/dates.h"
 #include "automation/errors.h"
 #include "automation/text.h"
-#include "services/jet_dialect.h"
 #include "automation/value_types.h"
+#include "services/jet_dialect.h"
+#include "services/split_write_vfs_internal.h"
+#include "services/sqlite_support_internal.h"
 
 namespace kwx {
 namespace sqlite_support {
@@ -216,11 +216,13 @@ int CompareNoCaseCollation(void*, int a_size, const void* a, int b_size, const v
 
 bool PrepareSqliteLibrary() {
   // SQLite refuses a setting (SQLITE_MISUSE) once it is initialised: the host's stand then.
-  static const bool spill_set = [] {
+  // Finding the file layer to register over initialises SQLite, so it comes last.
+  static const bool journals_set = [] {
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-    return sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kStatementJournalSpill) == SQLITE_OK;
+    return sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kStatementJournalSpill) == SQLITE_OK &&
+           RegisterSplitWriteVfs();
   }();
-  return spill_set;
+  return journals_set;
 }
 
 bool RegisterJetFunctions(sqlite3* db) {

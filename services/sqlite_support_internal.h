@@ -43,7 +43,9 @@ inline constexpr int kStatementJournalSpill = 1 << 20;
 //   insert into a table with a trigger journals the pages it changes, so that the statement
 //   can be undone alone; a journal kept in memory otherwise grows and shrinks by the kilobyte,
 //   several allocations per statement (a fifth of a bulk import's time), and one kept in a
-//   file costs a small write per page.
+//   file costs a small write per page. A journal that outgrows the block goes on in a
+//   temporary file, written through the file layer of split_write_vfs_internal.h, which
+//   becomes the process's default.
 // Answers whether the journals are set so; not when the process had set SQLite up already (a
 // host that uses SQLite itself keeps its own settings then).
 bool PrepareSqliteLibrary();

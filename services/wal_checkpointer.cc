@@ -35,13 +35,21 @@ WalCheckpointer::~WalCheckpointer() {
 
 int WalCheckpointer::Committed(void* self, sqlite3* writer, const char* schema, int pages) {
   auto& checkpointer = *static_cast<WalCheckpointer*>(self);
-  // A long log is copied here, and the thread not woken: its copy would stand in this one's
-  // way. Without the thread, SQLite's own rule holds.
-  const bool here = pages >= kInlineFrom || (pages >= kBackgroundFrom &&
-                                             !checkpointer.Request() && pages >= kSqliteOwnRule);
+  // The log started over since the last request.
+  if (pages < checkpointer.requested_at_) checkpointer.requested_at_ = 0;
+  bool here = pages >= kInlineFrom;
+  if (!here && pages - checkpointer.requested_at_ >= kBackgroundEvery) {
+    // Without the thread, SQLite's own rule holds.
+    if (checkpointer.Request()) {
+      checkpointer.requested_at_ = pages;
+    } else {
+      here = pages >= kSqliteOwnRule;
+    }
+  }
   if (here) {
-    // A copy that cannot be had now (the thread's copy under way, a reader on old pages) is
-    // left for a later commit, as SQLite's own rule leaves it.
+    // A long log is copied here, and the thread not woken: its copy would stand in this one's
+    // way. A copy that cannot be had now (the thread's copy under way, a reader on old pages)
+    // is left for a later commit, as SQLite's own rule leaves it.
     sqlite3_wal_checkpoint_v2(writer, schema, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
   }
   return SQLITE_OK;
