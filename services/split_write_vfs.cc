@@ -89,10 +89,13 @@ int Unfetch(sqlite3_file* f, sqlite3_int64 offset, void* page) {
 }
 
 const sqlite3_io_methods kFileMethods = {
-    3,        Close,      Read,          Write,    Truncate,   Sync,
-    FileSize, Lock,       Unlock,        CheckReservedLock,    FileControl,
-    SectorSize,           DeviceCharacteristics, ShmMap,   ShmLock,    ShmBarrier,
-    ShmUnmap, Fetch,      Unfetch,
+    3,  // with the shared-memory and memory-mapping calls
+    Close,       Read,       Write,
+    Truncate,    Sync,       FileSize,
+    Lock,        Unlock,     CheckReservedLock,
+    FileControl, SectorSize, DeviceCharacteristics,
+    ShmMap,      ShmLock,    ShmBarrier,
+    ShmUnmap,    Fetch,      Unfetch,
 };
 
 int Open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int* out_flags) {
