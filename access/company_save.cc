@@ -219,6 +219,21 @@ void WriteValues(ComposedStatement& statement, size_t from, const Rec& rec,
   }
 }
 
+// Moves `count` values of `from`, from its place `from_at` on, to `to` from its place `to_at`
+// on: an insert that follows an update which found no row takes the update's values of the
+// same columns instead of writing them again.
+void MoveValues(ComposedStatement& from, size_t from_at, ComposedStatement& to, size_t to_at,
+                size_t count) {
+  for (size_t i = 0; i < count; ++i) {
+    to.literals[to_at + i] = std::move(from.literals[from_at + i]);
+  }
+  if (from.singles.empty() && to.singles.empty()) return;
+  to.singles.resize(to.literals.size());
+  for (size_t i = 0; i < count; ++i) {
+    to.singles[to_at + i] = from.singles.empty() ? std::nullopt : from.singles[from_at + i];
+  }
+}
+
 // Runs an action statement; true when it succeeded and changed at least one row.
 bool Wrote(IDatabase& db, const std::string& sql) {
   Variant fields, data;
@@ -450,8 +465,10 @@ bool SaveSeries(const StoreContext& store, int32_t company_id, const std::vector
           continue;
         }
         if (Wrote(db, update)) continue;
+        MoveValues(update, 0, insert, 1, columns.size());
+      } else {
+        WriteValues(insert, 1, row, columns, AppendPlainValue<Row>);
       }
-      WriteValues(insert, 1, row, columns, AppendPlainValue<Row>);
       if (!Ran(db, insert)) return false;
     }
     return true;
@@ -483,7 +500,7 @@ bool SaveGroup(IDatabase& db, const Group& group, const std::string& id, bool sp
     return text.Values(columns);
   });
   insert.literals.front() = id;
-  WriteValues(insert, 1, group, columns, AppendPlainValue<Group>);
+  MoveValues(update, 0, insert, 1, columns.size());
   return Wrote(db, insert);
 }
 
