@@ -1,3 +1,5 @@
+#include "services/sqlite_support_internal.h"
+
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -11,7 +13,6 @@
 #include "automation/value_types.h"
 #include "services/jet_dialect.h"
 #include "services/split_write_vfs_internal.h"
-#include "services/sqlite_support_internal.h"
 
 namespace kwx {
 namespace sqlite_support {
