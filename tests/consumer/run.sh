@@ -22,6 +22,22 @@ if [ -n "$internal" ]; then
   exit 1
 fi
 
+# No program or module, built or installed, searches the current directory for libraries: an
+# empty entry of its search path means exactly that.
+cwd_search=""
+while IFS= read -r -d '' binary; do
+  path=$(readelf -d "$binary" 2>/dev/null | sed -n 's/.*(R[UN]*PATH).*\[\(.*\)\]$/\1/p')
+  [ -z "$path" ] && continue
+  case ":$path:" in
+    *::*) cwd_search+=" $binary [$path]" ;;
+  esac
+done < <(find "$prefix" "$build/cli" "$build/python" -maxdepth 4 -type f \
+           \( -perm -u+x -o -name '*.so*' \) -print0 2>/dev/null)
+if [ -n "$cwd_search" ]; then
+  echo "libraries searched for in the current directory by:$cwd_search" >&2
+  exit 1
+fi
+
 # The fenced block of README.md that follows the line "<!-- example: NAME -->".
 readme_example() {
   awk -v name="$1" '
