@@ -3,7 +3,7 @@
 //
 // Every commit appends the pages it changed to the log; SQLite's own rule copies them into the
 // file on the committing thread once the log holds 1,000 pages, and closing copies the rest:
-// about a tenth of a bulk import's time, spent while nothing is saved. Here, each time the log
+// a few hundredths of a bulk import's time, spent while nothing is saved. Here, each time the log
 // has grown by kBackgroundEvery pages, a commit asks a second connection on a thread of its
 // own to copy what it can (a passive checkpoint: it never waits for, nor holds up, a reader or
 // the writer). Not after every commit: each copy syncs the file, and a study saved in a
