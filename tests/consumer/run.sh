@@ -23,11 +23,16 @@ if [ -n "$internal" ]; then
 fi
 
 # No program or module, built or installed, searches the current directory for libraries: an
-# empty entry of its search path means exactly that.
+# empty entry of its search path means exactly that. (A build tree of shared libraries is let
+# off: CMake ends its paths with one ':', which it removes on installing.)
 cwd_search=""
 while IFS= read -r -d '' binary; do
-  path=$(readelf -d "$binary" 2>/dev/null | sed -n 's/.*(R[UN]*PATH).*\[\(.*\)\]$/\1/p')
+  dynamic=$(readelf -d "$binary" 2>/dev/null || true)
+  path=$(sed -n 's/.*(R[UN]*PATH).*\[\(.*\)\]$/\1/p' <<<"$dynamic")
   [ -z "$path" ] && continue
+  if [[ "$binary" != "$prefix"/* ]] && grep -q 'NEEDED.*\[libkwx_' <<<"$dynamic"; then
+    continue
+  fi
   case ":$path:" in
     *::*) cwd_search+=" $binary [$path]" ;;
   esac
